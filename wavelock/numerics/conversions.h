@@ -1,0 +1,30 @@
+// Conversions between kinds of numbers that are defined for every value, whatever a file holds.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+
+namespace wavelock {
+
+// Toward zero. Values beyond the range give its ends, NaN gives 0.
+template <class Integer>
+constexpr Integer Truncate(double value) {
+  // Exact as doubles: the least value, and the first one above the range.
+  constexpr double kLeast = static_cast<double>(std::numeric_limits<Integer>::min());
+  constexpr double kAbove = static_cast<double>(std::numeric_limits<Integer>::max() / 2 + 1) * 2.0;
+  if (value != value) return 0;
+  if (value >= kAbove) return std::numeric_limits<Integer>::max();
+  if (value < kLeast) return std::numeric_limits<Integer>::min();
+  return static_cast<Integer>(value);
+}
+
+constexpr std::int32_t TruncateToInt32(double value) {
+  return Truncate<std::int32_t>(value);
+}
+
+// The low 32 bits as a signed number.
+constexpr std::int32_t WrapToInt32(std::int64_t value) {
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::uint64_t>(value)));
+}
+
+}  // namespace wavelock

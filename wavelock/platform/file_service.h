@@ -1,0 +1,88 @@
+// Files as the library sees them: bytes at 64-bit positions behind one small interface, so that tests can
+// hand in files in memory and files that fail. Nothing here throws; a failure is a result.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace wavelock {
+
+enum class OpenMode {
+  kReadOnly,
+  kReadWrite,
+  kCreate,  // makes the file or empties it; it can be read and written
+};
+
+enum class SeekOrigin { kStart, kCurrent, kEnd };
+
+struct FileStatus {
+  bool readOnly = false;
+};
+
+// One open file with one position. Destruction closes it.
+class File {
+ public:
+  File() = default;
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+  virtual ~File() = default;
+
+  // The name without its folder, and the full path.
+  virtual std::string Name() const = 0;
+  virtual std::string Path() const = 0;
+
+  // Reads up to buffer.size() bytes from the position on and moves it behind them. Fewer bytes than asked for
+  // means that the file ended there. Nothing when the system reports an error.
+  virtual std::optional<std::size_t> Read(std::span<std::byte> buffer) = 0;
+
+  // Writes all bytes at the position, or gives false; how many of them arrived is then open.
+  virtual bool Write(std::span<const std::byte> bytes) = 0;
+
+  // Moves the position, also past the end, and reports the one reached. Nothing when it would lie before the
+  // start or beyond what 63 bits hold; the position is then unchanged.
+  virtual std::optional<std::uint64_t> Seek(std::int64_t offset, SeekOrigin origin) = 0;
+
+  virtual std::optional<std::uint64_t> Size() = 0;
+
+  // Hands what was written to the system, so that other programs see it.
+  virtual bool Flush() = 0;
+
+  // Attributes of the file; nothing when they cannot be had.
+  virtual std::optional<FileStatus> Status() = 0;
+
+  std::optional<std::uint64_t> Position() { return Seek(0, SeekOrigin::kCurrent); }
+
+  // True when the position now is `position`. A position that a signed number does not hold is never reached.
+  bool SeekTo(std::uint64_t position);
+
+  // True when every byte of the buffer came.
+  bool ReadExactly(std::span<std::byte> buffer);
+};
+
+// A second object over an open file: it shares the position and leaves the file open when it goes.
+std::unique_ptr<File> AttachFile(File& open);
+
+class FileService {
+ public:
+  virtual ~FileService() = default;
+
+  // Null when the file cannot be opened in that mode; `errorText`, where given, then takes the system's words
+  // for it. Folders, pipes and other things without positions are refused.
+  virtual std::unique_ptr<File> Open(const std::string& path, OpenMode mode,
+                                     std::string* errorText = nullptr) = 0;
+
+  virtual bool Exists(const std::string& path) = 0;  // a folder of that name counts
+  virtual bool Delete(const std::string& path) = 0;
+  virtual std::optional<FileStatus> Status(const std::string& path) = 0;
+  virtual bool SetStatus(const std::string& path, const FileStatus& status) = 0;
+
+  // Puts the file `from` in the place of `to` in one step: whoever looks finds the old file or the new one,
+  // whole.
+  virtual bool Replace(const std::string& from, const std::string& to) = 0;
+};
+
+}  // namespace wavelock
