@@ -5,6 +5,8 @@
 namespace wavelock {
 namespace {
 
+constexpr std::uint64_t kLastPosition = std::numeric_limits<std::int64_t>::max();
+
 class AttachedFile : public File {
  public:
   explicit AttachedFile(File& open) : open_(open) {}
@@ -27,8 +29,8 @@ class AttachedFile : public File {
 }  // namespace
 
 bool File::SeekTo(std::uint64_t position) {
-  constexpr std::uint64_t kLast = std::numeric_limits<std::int64_t>::max();
-  return position <= kLast && Seek(static_cast<std::int64_t>(position), SeekOrigin::kStart) == position;
+  return position <= kLastPosition &&
+         Seek(static_cast<std::int64_t>(position), SeekOrigin::kStart) == position;
 }
 
 bool File::ReadExactly(std::span<std::byte> buffer) {
@@ -37,6 +39,15 @@ bool File::ReadExactly(std::span<std::byte> buffer) {
 
 std::unique_ptr<File> AttachFile(File& open) {
   return std::make_unique<AttachedFile>(open);
+}
+
+std::optional<std::uint64_t> MovedPosition(std::uint64_t base, std::int64_t offset) {
+  const auto distance = static_cast<std::uint64_t>(offset);
+  if (base > kLastPosition) return std::nullopt;
+  // Unsigned sums wrap, so a move backwards past the start lands above the last position as well.
+  const std::uint64_t target = base + distance;
+  if (target > kLastPosition) return std::nullopt;
+  return target;
 }
 
 }  // namespace wavelock

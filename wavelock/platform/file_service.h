@@ -48,7 +48,7 @@ class File {
 
   virtual std::optional<std::uint64_t> Size() = 0;
 
-  // Hands what was written to the system, so that other programs see it.
+  // Brings what was written to the medium itself, so that it outlasts a loss of power.
   virtual bool Flush() = 0;
 
   // Attributes of the file; nothing when they cannot be had.
@@ -66,6 +66,10 @@ class File {
 // A second object over an open file: it shares the position and leaves the file open when it goes.
 std::unique_ptr<File> AttachFile(File& open);
 
+// Where a move by `offset` from `base` leads; nothing outside the 63 bits of a position. For those who
+// implement files.
+std::optional<std::uint64_t> MovedPosition(std::uint64_t base, std::int64_t offset);
+
 class FileService {
  public:
   virtual ~FileService() = default;
@@ -78,6 +82,8 @@ class FileService {
   virtual bool Exists(const std::string& path) = 0;  // a folder of that name counts
   virtual bool Delete(const std::string& path) = 0;
   virtual std::optional<FileStatus> Status(const std::string& path) = 0;
+
+  // Also of a file that is open; what is open keeps the rights that it was opened with.
   virtual bool SetStatus(const std::string& path, const FileStatus& status) = 0;
 
   // Puts the file `from` in the place of `to` in one step: whoever looks finds the old file or the new one,

@@ -1,0 +1,143 @@
+#include "wavelock/platform/console_modal_interface.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstddef>
+#include <istream>
+#include <ostream>
+#include <system_error>
+
+namespace wavelock {
+namespace {
+
+constexpr std::string_view kSpeaker = "wavelock: ";
+constexpr std::string_view kCancel = "q";
+
+// Names of files and texts from recordings must not steer the terminal. U+0080 to U+009F do so on some, and
+// begin with 0xC2 in UTF-8.
+std::string Printable(std::string_view text) {
+  std::string printable(text);
+  unsigned char before = 0;
+  for (char& c : printable) {
+    const auto byte = static_cast<unsigned char>(c);
+    const bool isControl = (byte < 0x20 && c != '\n' && c != '\t') || byte == 0x7F;
+    const bool isWideControl = before == 0xC2 && byte >= 0x80 && byte <= 0x9F;
+    if (isControl || isWideControl) c = '?';
+    before = byte;
+  }
+  return printable;
+}
+
+char Lower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// Without the blanks around it, in lower case.
+std::string Simplified(const std::string& line) {
+  constexpr char kBlanks[] = " \t\r";
+  const std::size_t first = line.find_first_not_of(kBlanks);
+  if (first == std::string::npos) return {};
+  std::string answer = line.substr(first, line.find_last_not_of(kBlanks) - first + 1);
+  std::transform(answer.begin(), answer.end(), answer.begin(), Lower);
+  return answer;
+}
+
+bool IsOneOf(int choice, const std::vector<std::string>& choices) {
+  return choice >= 0 && static_cast<std::size_t>(choice) < choices.size();
+}
+
+// The index of the choice that a person counts from 1; -1 when the answer is no number.
+int ChoiceFrom(const std::string& answer) {
+  int number = 0;
+  const char* const end = answer.data() + answer.size();
+  const auto [stop, error] = std::from_chars(answer.data(), end, number);
+  return error == std::errc() && stop == end && number > 0 ? number - 1 : -1;
+}
+
+// What becomes of a dialog that nobody can answer.
+std::string UnaskedOutcome(const ModalDialog& dialog) {
+  if (dialog.choices.empty()) return "No terminal to ask on: taken as read.";
+  if (!IsOneOf(dialog.choice, dialog.choices)) return "No terminal to ask on: cancelled.";
+  return "No terminal to ask on: it stays at " + dialog.choices[static_cast<std::size_t>(dialog.choice)] +
+         ".";
+}
+
+}  // namespace
+
+ConsoleModalInterface::ConsoleModalInterface(std::istream& answers, std::ostream& words, bool asks)
+    : answers_(answers), words_(words), asks_(asks) {}
+
+void ConsoleModalInterface::ShowMessage(const ModalText& message) {
+  const std::lock_guard lock(mutex_);
+  Say(message.text);
+}
+
+bool ConsoleModalInterface::AskYesNo(const ModalText& question) {
+  const std::lock_guard lock(mutex_);
+  Say(question.text);
+  if (asks_) return AskWhether("Yes or no?", false).value_or(false);
+  Say("No terminal to ask on: the answer is no.");
+  return false;
+}
+
+bool ConsoleModalInterface::RunDialog(ModalDialog& dialog) {
+  const std::lock_guard lock(mutex_);
+  Say(dialog.caption);
+  for (const std::string& text : dialog.texts) Say(text);
+  if (!asks_) {
+    Say(UnaskedOutcome(dialog));
+    return false;
+  }
+  const bool hasBox = !dialog.checkBox.empty();
+  const auto choice = dialog.choices.empty() ? dialog.choice : AskWhich(dialog.choices, dialog.choice);
+  if (!choice) return false;
+  const auto checked = hasBox ? AskWhether(dialog.checkBox + "?", dialog.checked) : dialog.checked;
+  if (!checked) return false;
+  dialog.choice = *choice;
+  dialog.checked = *checked;
+  return true;
+}
+
+void ConsoleModalInterface::Say(std::string_view text) {
+  words_ << std::string(kSpeaker) + Printable(text) + "\n" << std::flush;
+}
+
+// Nothing when the person cancels or the input is at its end.
+std::optional<std::string> ConsoleModalInterface::ReadAnswer(std::string_view prompt) {
+  words_ << Printable(prompt) << std::flush;
+  answers_.clear();  // a terminal can go on after its end was typed
+  std::string line;
+  if (!std::getline(answers_, line)) {
+    words_ << "\n" << std::flush;
+    return std::nullopt;
+  }
+  std::string answer = Simplified(line);
+  if (answer == kCancel) return std::nullopt;
+  return answer;
+}
+
+std::optional<bool> ConsoleModalInterface::AskWhether(std::string_view prompt, bool usual) {
+  const std::string asked = std::string(prompt) + (usual ? " [Y/n] " : " [y/N] ");
+  while (const auto answer = ReadAnswer(asked)) {
+    if (answer->empty()) return usual;
+    if (answer == "y" || answer == "yes") return true;
+    if (answer == "n" || answer == "no") return false;
+  }
+  return std::nullopt;
+}
+
+std::optional<int> ConsoleModalInterface::AskWhich(const std::vector<std::string>& choices, int usual) {
+  for (std::size_t i = 0; i < choices.size(); ++i) {
+    words_ << "  " << i + 1 << ") " << Printable(choices[i]) << "\n";
+  }
+  const bool hasUsual = IsOneOf(usual, choices);
+  const std::string asked =
+      "Number, or q to cancel" + (hasUsual ? " [" + std::to_string(usual + 1) + "]: " : std::string(": "));
+  while (const auto answer = ReadAnswer(asked)) {
+    if (answer->empty() && hasUsual) return usual;
+    if (const int choice = ChoiceFrom(*answer); IsOneOf(choice, choices)) return choice;
+  }
+  return std::nullopt;
+}
+
+}  // namespace wavelock

@@ -1,0 +1,20 @@
+// The text form of a profile: lines "key = value" under lines "[section]", made to be read and edited by a
+// person. A line that starts with ; or # is a comment. A backslash is written \\, and a byte that would not
+// survive on its line \xHH, so that every string can be a section, a key or a value.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace wavelock {
+
+// The first value of that section and key.
+std::optional<std::string> FindInProfile(std::string_view text, std::string_view section,
+                                         std::string_view key);
+
+// The text with that value in its place. All other lines stay as they are, comments too.
+std::string StoreInProfile(std::string_view text, std::string_view section, std::string_view key,
+                           std::string_view value);
+
+}  // namespace wavelock

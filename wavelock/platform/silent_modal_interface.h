@@ -1,0 +1,17 @@
+// For programs that nobody watches: messages are dropped, questions answered no, dialogs cancelled.
+#pragma once
+
+#include "wavelock/platform/modal_interface.h"
+
+namespace wavelock {
+
+class SilentModalInterface : public ModalInterface {
+ public:
+  void ShowMessage(const ModalText&) override {}
+  bool AskYesNo(const ModalText&) override { return false; }
+  bool RunDialog(ModalDialog&) override { return false; }
+  void BeginWaitCursor() override {}
+  void EndWaitCursor() override {}
+};
+
+}  // namespace wavelock
