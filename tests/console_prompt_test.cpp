@@ -1,0 +1,118 @@
+// On a terminal a person is asked; anywhere else the safe answer is taken and told.
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "wavelock/platform/console_modal_interface.h"
+#include "wavelock/platform/silent_modal_interface.h"
+
+namespace wavelock {
+namespace {
+
+ModalText Text(const std::string& text) {
+  return {.text = text};
+}
+
+ModalDialog KindDialog() {
+  ModalDialog dialog{.name = "Kind", .caption = "Kind of recording"};
+  dialog.texts = {"Which is right?"};
+  dialog.choices = {"AVG", "CNT"};
+  return dialog;
+}
+
+ModalDialog BoxDialog() {
+  ModalDialog dialog{.name = "Box", .caption = "Newer version"};
+  dialog.checkBox = "Don't show this again";
+  return dialog;
+}
+
+struct Console {
+  explicit Console(const std::string& typed, bool asks = true)
+      : answers(typed), modal(answers, words, asks) {}
+
+  std::istringstream answers;
+  std::ostringstream words;
+  ConsoleModalInterface modal;
+};
+
+TEST(ConsolePrompt, OnlyYesIsYes) {
+  EXPECT_TRUE(Console("y\n").modal.AskYesNo(Text("Go on?")));
+  EXPECT_TRUE(Console("what\n  YES \r\n").modal.AskYesNo(Text("Go on?")));
+  for (const char* typed : {"", "\n", "n\n", "No\n", "q\ny\n", "what\n"}) {
+    EXPECT_FALSE(Console(typed).modal.AskYesNo(Text("Go on?"))) << typed;
+  }
+}
+
+TEST(ConsolePrompt, DialogKeepsItsFieldsWhenCancelledAtAnyPoint) {
+  for (const char* typed : {"", "q\n", "2\n", "2\nq\n", "3\n0\n-1\nx\n"}) {
+    ModalDialog dialog = KindDialog();
+    dialog.checkBox = "Always";
+    EXPECT_FALSE(Console(typed).modal.RunDialog(dialog)) << typed;
+    EXPECT_EQ(dialog.choice, 0);
+    EXPECT_FALSE(dialog.checked);
+  }
+}
+
+TEST(ConsolePrompt, DialogTakesTheChoiceTheTickAndTheUsualAnswers) {
+  ModalDialog kind = KindDialog();
+  EXPECT_TRUE(Console("9\n2\n").modal.RunDialog(kind));
+  EXPECT_EQ(kind.choice, 1);
+  EXPECT_TRUE(Console("\n").modal.RunDialog(kind));
+  EXPECT_EQ(kind.choice, 1);
+
+  ModalDialog box = BoxDialog();
+  EXPECT_TRUE(Console("y\n").modal.RunDialog(box));
+  EXPECT_TRUE(box.checked);
+  EXPECT_TRUE(Console("\n").modal.RunDialog(box));
+  EXPECT_TRUE(box.checked);
+}
+
+TEST(ConsolePrompt, ChoiceWithoutAUsualOneMustBeMade) {
+  ModalDialog dialog = KindDialog();
+  dialog.choice = -1;
+  EXPECT_TRUE(Console("\n1\n").modal.RunDialog(dialog));
+  EXPECT_EQ(dialog.choice, 0);
+}
+
+TEST(ConsolePrompt, AnEndOfInputCancelsOneQuestionOnly) {
+  Console console("");
+  EXPECT_FALSE(console.modal.AskYesNo(Text("First?")));
+  console.answers.str("y\n");
+  EXPECT_TRUE(console.modal.AskYesNo(Text("Second?")));
+}
+
+TEST(ConsolePrompt, NobodyIsAskedWithoutATerminalAndTheOutcomeIsTold) {
+  Console console("y\n2\ny\n", false);
+  ModalDialog kind = KindDialog();
+  ModalDialog box = BoxDialog();
+  EXPECT_FALSE(console.modal.AskYesNo(Text("Go on?")));
+  EXPECT_FALSE(console.modal.RunDialog(kind));
+  EXPECT_FALSE(console.modal.RunDialog(box));
+  EXPECT_EQ(kind.choice, 0);
+  EXPECT_FALSE(box.checked);
+  EXPECT_EQ(console.answers.tellg(), 0);
+  EXPECT_EQ(console.words.str(),
+            "wavelock: Go on?\n"
+            "wavelock: No terminal to ask on: the answer is no.\n"
+            "wavelock: Kind of recording\n"
+            "wavelock: Which is right?\n"
+            "wavelock: No terminal to ask on: it stays at AVG.\n"
+            "wavelock: Newer version\n"
+            "wavelock: No terminal to ask on: taken as read.\n");
+}
+
+TEST(ConsolePrompt, TextsCannotSteerTheTerminal) {
+  Console console("");
+  console.modal.ShowMessage(Text("caf\xC3\xA9 \x1B[2J\x07 \xC2\x9B\x31m\nline"));
+  EXPECT_EQ(console.words.str(), "wavelock: caf\xC3\xA9 ?[2J? \xC2?1m\nline\n");
+}
+
+TEST(SilentModalInterface, AnswersNothingButNoAndCancel) {
+  SilentModalInterface modal;
+  ModalDialog dialog = BoxDialog();
+  EXPECT_FALSE(modal.AskYesNo(Text("Go on?")));
+  EXPECT_FALSE(modal.RunDialog(dialog));
+}
+
+}  // namespace
+}  // namespace wavelock

@@ -1,0 +1,180 @@
+// A profile keeps every string, loses nothing of what others wrote, and survives what a disk can do to it.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <sstream>
+#include <thread>
+#include <vector>
+
+#include "tests/support/failing_files.h"
+#include "tests/support/temporary_folder.h"
+#include "wavelock/platform/file_profile_store.h"
+#include "wavelock/platform/host.h"
+#include "wavelock/platform/memory_profile_store.h"
+
+namespace wavelock {
+namespace {
+
+class ProfileFile : public testing::Test {
+ protected:
+  void Put(const std::string& text) {
+    std::filesystem::create_directories(folder_.Path("wavelock"));
+    std::ofstream(path_) << text;
+  }
+  std::string Text() const {
+    std::ostringstream text;
+    text << std::ifstream(path_).rdbuf();
+    return text.str();
+  }
+
+  TemporaryFolder folder_;
+  std::string path_ = folder_.Path("wavelock/profile.ini");
+  FileService& files_ = Host::Default().files;
+  FileProfileStore store_{files_, path_};
+};
+
+void ExpectAnyStringSurvives(ProfileStore& store) {
+  std::string everyByte;
+  for (int byte = 0; byte < 256; ++byte) everyByte += static_cast<char>(byte);
+  const std::string strings[] = {
+      "",       " ",         "a = b",  "[State]", "; no comment", "C:\\new\\x41.ast",
+      "\\\\x0", "  blanks ", "\r\n\t", "]",       "\xC3\xA9",     everyByte};
+  for (const std::string& name : strings) {
+    for (const std::string& value : strings) {
+      ASSERT_TRUE(store.SetString(name, name + "key", value));
+      EXPECT_EQ(store.GetString(name, name + "key", "none"), value);
+    }
+  }
+  for (const std::string& name : strings) {
+    EXPECT_EQ(store.GetString(name, name + "key", "none"), everyByte);
+  }
+}
+
+void ExpectNumbersAreText(ProfileStore& store) {
+  EXPECT_EQ(store.GetInt("State", "AutoReadOnly", 7), 7);
+  for (const int value : {0, 1, -1, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
+    ASSERT_TRUE(store.SetInt("State", "AutoReadOnly", value));
+    EXPECT_EQ(store.GetInt("State", "AutoReadOnly", 7), value);
+    EXPECT_EQ(store.GetString("State", "AutoReadOnly", ""), std::to_string(value));
+  }
+  for (const char* text : {"", "x", "1x", "2147483648", "0.5"}) {
+    ASSERT_TRUE(store.SetString("State", "AutoReadOnly", text));
+    EXPECT_EQ(store.GetInt("State", "AutoReadOnly", 7), 7) << text;
+  }
+}
+
+TEST_F(ProfileFile, KeepsAnyStringAndNumber) {
+  ExpectAnyStringSurvives(store_);
+  ExpectNumbersAreText(store_);
+}
+
+TEST(MemoryProfile, KeepsAnyStringAndNumber) {
+  MemoryProfileStore store;
+  ExpectAnyStringSurvives(store);
+  ExpectNumbersAreText(store);
+}
+
+TEST_F(ProfileFile, ReadsAsAPersonWouldWriteIt) {
+  ASSERT_TRUE(store_.SetInt("State", "AutoReadOnly", 1));
+  ASSERT_TRUE(store_.SetString("INSTITUTION", "Institute", "Ward 5"));
+  ASSERT_TRUE(store_.SetString("State", "SetupFile", "default.ast"));
+  EXPECT_EQ(Text(),
+            "[State]\n"
+            "AutoReadOnly = 1\n"
+            "SetupFile = default.ast\n"
+            "\n"
+            "[INSTITUTION]\n"
+            "Institute = Ward 5\n");
+}
+
+TEST_F(ProfileFile, EditedByHandKeepsWhatThePersonWrote) {
+  Put("; mine\r\nstray\n key = before any section\n[State]\r\n# why\nSetupFile=C:\\data\\a.ast\n\n[Other]\n"
+      "SetupFile = other");
+  EXPECT_EQ(store_.GetString("State", "SetupFile", ""), "C:\\data\\a.ast");
+  EXPECT_EQ(store_.GetString("state", "SetupFile", "exact"), "exact");
+  EXPECT_EQ(store_.GetString("", "key", "none"), "none");
+  ASSERT_TRUE(store_.SetString("State", "SetupFile", "b"));
+  ASSERT_TRUE(store_.SetInt("State", "AutoReadOnly", 1));
+  ASSERT_TRUE(store_.SetInt("Other", "Last", 2));
+  EXPECT_EQ(
+      Text(),
+      "; mine\r\nstray\n key = before any section\n[State]\r\n# why\nSetupFile = b\nAutoReadOnly = 1\n\n"
+      "[Other]\nSetupFile = other\nLast = 2\n");
+}
+
+TEST_F(ProfileFile, WritersAtTheSameTimeLoseNothing) {
+  constexpr int kWriters = 4;
+  constexpr int kKeys = 10;
+  const auto write = [this](int writer) {
+    FileProfileStore own(files_, path_);  // as another process would have it
+    for (int key = 0; key < kKeys; ++key) {
+      EXPECT_TRUE(own.SetInt("Writer " + std::to_string(writer), std::to_string(key), key));
+    }
+  };
+  std::vector<std::thread> writers;
+  writers.reserve(kWriters);
+  for (int writer = 0; writer < kWriters; ++writer) writers.emplace_back(write, writer);
+  for (std::thread& writer : writers) writer.join();
+  for (int writer = 0; writer < kWriters; ++writer) {
+    for (int key = 0; key < kKeys; ++key) {
+      EXPECT_EQ(store_.GetInt("Writer " + std::to_string(writer), std::to_string(key), -1), key);
+    }
+  }
+}
+
+TEST_F(ProfileFile, FailuresOfTheDiskLeaveTheOldProfileOrTheWholeNewOne) {
+  ASSERT_TRUE(store_.SetString("State", "SetupFile", "old"));
+  const std::string before = Text();
+  FailingFiles counted(files_);
+  ASSERT_TRUE(FileProfileStore(counted, path_).SetString("State", "SetupFile", "old"));
+
+  const auto storeThroughFaults = [&](auto setFault) {
+    Put(before);
+    FailingFiles failing(files_);
+    setFault(failing);
+    const bool done = FileProfileStore(failing, path_).SetString("State", "SetupFile", "new");
+    EXPECT_EQ(store_.GetString("State", "SetupFile", "lost"), done ? "new" : "old");
+  };
+  for (const FaultKind kind : {FaultKind::kError, FaultKind::kShort}) {
+    for (std::size_t n = 0; n < counted.Calls().size(); ++n) {
+      SCOPED_TRACE(n);
+      storeThroughFaults([&](FailingFiles& files) { files.FailAt(n, kind); });
+      storeThroughFaults([&](FailingFiles& files) { files.FailFrom(n, kind); });
+    }
+  }
+}
+
+TEST_F(ProfileFile, WhatCannotBeReadOrWrittenIsLeftAlone) {
+  std::filesystem::create_directories(path_);
+  EXPECT_EQ(store_.GetInt("State", "AutoReadOnly", 3), 3);
+  EXPECT_FALSE(store_.SetInt("State", "AutoReadOnly", 1));
+  std::filesystem::remove(path_);
+
+  Put("[State]\nAutoReadOnly = 1\n");
+  ASSERT_TRUE(files_.SetStatus(path_, {.readOnly = true}));
+  EXPECT_FALSE(store_.SetInt("State", "AutoReadOnly", 2));
+  EXPECT_EQ(store_.GetInt("State", "AutoReadOnly", 0), 1);
+}
+
+TEST_F(ProfileFile, LinksStayLinks) {
+  Put("");
+  const std::string link = folder_.Path("link.ini");
+  std::filesystem::create_symlink(path_, link);
+  ASSERT_TRUE(FileProfileStore(files_, link).SetInt("State", "AutoReadOnly", 1));
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  EXPECT_EQ(store_.GetInt("State", "AutoReadOnly", 0), 1);
+}
+
+TEST_F(ProfileFile, WithoutAHomeNothingIsKept) {
+  FileProfileStore homeless(files_, "");
+  EXPECT_FALSE(homeless.SetInt("State", "AutoReadOnly", 1));
+  EXPECT_EQ(homeless.GetInt("State", "AutoReadOnly", 5), 5);
+  FileProfileStore misplaced(files_, "/dev/null/wavelock/profile.ini");
+  EXPECT_FALSE(misplaced.SetString("State", "SetupFile", "a"));
+  EXPECT_EQ(misplaced.GetString("State", "SetupFile", "b"), "b");
+}
+
+}  // namespace
+}  // namespace wavelock
