@@ -1,0 +1,30 @@
+// What the library returned, as JSON.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "wavelock/recording/recording_file.h"
+#include "wavelock/setup/setup.h"
+
+namespace wavelock::replay {
+
+std::string Latin1ToUtf8(std::string_view text);
+std::string Hexadecimal(std::span<const std::byte> bytes);
+std::string Sha256(std::span<const std::byte> bytes);
+
+// A block of values by its count, its digest and its first values.
+nlohmann::json RawBlock(std::span<const std::byte> bytes, int width);
+nlohmann::json FloatBlock(std::span<const float> values);
+
+nlohmann::json Facts(CRecordingFile& recording);
+nlohmann::json SetupFieldsOf(const CSetup& setup);
+
+// Adds header, setup, events and all else that an open leaves behind.
+void AddState(CRecordingFile& recording, nlohmann::json& answer);
+
+}  // namespace wavelock::replay

@@ -1,0 +1,183 @@
+// Events of a continuous recording, in every form in which they are stored: a table behind the samples in one
+// of three kinds of records, or two words beside each sample.
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "wavelock/numerics/conversions.h"
+#include "wavelock/prompts/messages.h"
+#include "wavelock/prompts/notices.h"
+#include "wavelock/recording/recording_file.h"
+
+namespace wavelock {
+namespace {
+
+// ---- the table in the file
+
+struct EventTableHead {
+  Stored<std::uint8_t> kind;
+  Stored<std::int32_t> byteSize;  // of the records that follow
+  Stored<std::int32_t> reserved;
+};
+static_assert(sizeof(EventTableHead) == 1 + 4 + 4);
+
+enum TableKind : int {
+  kShortRecordsByOffset = 1,  // the first 8 bytes of an event; `point` is a byte offset in the file
+  kRecordsByOffset = 2,
+  kRecordsBySample = 3,
+};
+
+constexpr std::int32_t kShortRecordBytes = 8;
+
+constexpr std::int32_t RecordBytes(int kind) {
+  return kind == kShortRecordsByOffset ? kShortRecordBytes : static_cast<std::int32_t>(sizeof(EventRecord));
+}
+
+// Records are read this many at a time, so that a table claims no memory that the file does not fill.
+constexpr std::size_t kRecordsAtOnce = 64 * 1024;
+
+// From a byte offset to the sample there, counting as if the samples were one plain run. Wraps at 32 bits
+// like the field, and truncates.
+std::uint32_t SampleAtOffset(std::uint32_t offset, int dataStart, int sampleBytes) {
+  const std::int32_t distance = WrapToInt32(std::int64_t{offset} - dataStart);
+  return sampleBytes != 0 ? static_cast<std::uint32_t>(distance / sampleBytes) : 0;
+}
+
+// ---- words beside the samples
+
+EventRecord StimulusAt(std::uint32_t sample, std::uint16_t stimType) {
+  EventRecord record{};
+  record.stimType = stimType;
+  record.point = sample;
+  return record;
+}
+
+EventRecord KeyAt(std::uint32_t sample, std::uint16_t word) {
+  EventRecord record{};
+  record.SetKeypad(static_cast<std::uint8_t>(word & 0x0F));
+  record.point = sample;
+  return record;
+}
+
+// Of each record of `words` words the last two tell a stimulus and a key. False when memory ran out.
+bool AppendTriggers(std::span<const std::byte> records, std::size_t words, std::uint32_t firstSample,
+                    std::vector<EventRecord>& events) {
+  const std::size_t recordBytes = words * sizeof(std::uint16_t);
+  const std::byte* triggers = records.data() + recordBytes - 2 * sizeof(std::uint16_t);
+  const auto count = static_cast<std::uint32_t>(records.size() / recordBytes);
+  try {
+    for (std::uint32_t i = 0; i < count; ++i, triggers += recordBytes) {
+      std::uint16_t pair[2];
+      std::memcpy(pair, triggers, sizeof pair);
+      if (pair[0] != 0) events.push_back(StimulusAt(firstSample + i, pair[0]));
+      if (pair[1] != 0) events.push_back(KeyAt(firstSample + i, pair[1]));
+    }
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+int CRecordingFile::GetEventCount() {
+  return GetFileClass(&rawHeader) == kContinuous ? static_cast<int>(eventGroup.Size()) : 0;
+}
+
+bool CRecordingFile::ReadEvents() {
+  constexpr int kLayoutWithTriggers = 0;
+  constexpr int kLayoutWithoutEvents = 2;
+  if (GetFileClass(&rawHeader) != kContinuous || !file) return false;
+  eventGroup.SetSize(0);
+  const int layout = rawHeader.header.sampleLayout;
+  if (layout == kLayoutWithTriggers) return ReadTriggerWords();
+  if (layout == kLayoutWithoutEvents) {
+    ReportMessage(NumberedMessage(MessageNumber::kEventsUnreadableLayout));
+    return false;
+  }
+  if (!file->SeekTo(ReadEventTablePosition())) return false;
+  EventTableHead head;
+  const auto headBytes = file->Read(BytesOf(head));
+  if (!headBytes) return false;
+  if (*headBytes != sizeof head) {
+    ReportMessage(NumberedMessage(MessageNumber::kEventTableHeadShort));
+    return false;
+  }
+  if (head.kind < kShortRecordsByOffset || head.kind > kRecordsBySample || head.byteSize < 0) return false;
+  if (ReadEventRecords(head.kind, head.byteSize / RecordBytes(head.kind)) && eventGroup.RemoveDuplicates())
+    return true;
+  eventGroup.SetSize(0);
+  return false;
+}
+
+// False when the file ends before the table does or memory runs out; what was read until then stands in the
+// table.
+bool CRecordingFile::ReadEventRecords(int kind, std::int32_t count) {
+  const auto recordBytes = static_cast<std::size_t>(RecordBytes(kind));
+  const std::uint64_t available =
+      (fileSize - std::min(fileSize, file->Position().value_or(fileSize))) / recordBytes;
+  const auto readable =
+      static_cast<std::int32_t>(std::min<std::uint64_t>(available, static_cast<std::uint32_t>(count)));
+  if (!eventGroup.SetSize(readable)) {
+    ReportMessage(NumberedMessage(MessageNumber::kEventTableTooLarge));
+    return false;
+  }
+  const bool convertSegments = host.profile.GetInt(profile::kState, profile::kConvertSegments, 0) != 0;
+  bool isWhole = readable == count;
+  int converted = 0;
+  for (std::span<EventRecord> rest = eventGroup.Elements(); !rest.empty();) {
+    const std::span<EventRecord> records = rest.first(std::min(rest.size(), kRecordsAtOnce));
+    const std::span<std::byte> bytes = readBuffer_.Take(records.size() * recordBytes);
+    const std::size_t got = file->Read(bytes).value_or(0) / recordBytes;
+    for (std::size_t i = 0; i < got; ++i) {
+      EventRecord& record = records[i];
+      std::memcpy(&record, bytes.data() + i * recordBytes, recordBytes);
+      if (kind != kRecordsBySample) {
+        record.point = SampleAtOffset(record.point, dataStart, rawHeader.header.channelCount * sampleWidth);
+      }
+      if (convertSegments && IsSsSegment(record.SegmentClass())) {
+        record.SetSegmentClass(kDcSegment);
+        ++converted;
+      }
+    }
+    if (got < records.size()) {
+      isWhole = false;
+      break;
+    }
+    rest = rest.subspan(got);
+  }
+  if (converted != 0) ShowNotice(host, "Converted " + std::to_string(converted) + " SS segments to DC");
+  return isWhole;
+}
+
+// One pass over all samples. A record that the file ends in counts for nothing; events found before a failed
+// read stay.
+bool CRecordingFile::ReadTriggerWords() {
+  constexpr std::size_t kTriggerWords = 2;
+  constexpr std::uint64_t kRecordsOfChunk = 2048;
+  if (sampleWidth != 2 || !file || rawHeader.header.sampleLayout != 0) return false;
+  if (dataStart < 0 || static_cast<std::uint64_t>(dataStart) >= fileSize) return true;
+  const std::size_t channels = rawHeader.header.channelCount;
+  const std::size_t words = channels + kTriggerWords;
+  std::uint64_t records =
+      (fileSize - static_cast<std::uint64_t>(dataStart)) / (words * sizeof(std::uint16_t));
+  if (records == 0) return true;
+  if (!file->SeekTo(static_cast<std::uint64_t>(dataStart))) return false;
+
+  std::vector<EventRecord> found;
+  bool isWhole = true;
+  for (std::uint32_t sample = 0; records > 0 && isWhole;) {
+    const auto inChunk = static_cast<std::size_t>(std::min(records, kRecordsOfChunk));
+    const std::span<std::byte> chunk = readBuffer_.Take(inChunk * words * sizeof(std::uint16_t));
+    isWhole = !chunk.empty() && file->ReadExactly(chunk) && AppendTriggers(chunk, words, sample, found);
+    sample += static_cast<std::uint32_t>(inChunk);
+    records -= inChunk;
+  }
+  if (!eventGroup.SetSize(static_cast<std::int32_t>(found.size()))) return false;
+  std::copy(found.begin(), found.end(), eventGroup.Elements().begin());
+  return isWhole;
+}
+
+}  // namespace wavelock

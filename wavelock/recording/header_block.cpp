@@ -1,0 +1,69 @@
+// Reading the block at the start of a file, in whatever layout it is stored.
+#include "wavelock/prompts/messages.h"
+#include "wavelock/recording/header_revisions.h"
+#include "wavelock/recording/oldest_header.h"
+#include "wavelock/recording/recording_file.h"
+
+namespace wavelock {
+namespace {
+
+constexpr char kVersionedLayout = 'V';
+constexpr int kFirstRevisionWithAnyCount = 4;  // older ones store 32 channel records, whatever the count
+
+}  // namespace
+
+bool CRecordingFile::ReadHeaderBlock() {
+  RecordingHeader& header = rawHeader.header;
+  const std::span<std::byte> firstByte = BytesOf(header).first(1);
+  if (!file->SeekTo(0) || !file->ReadExactly(firstByte)) {
+    ReportMessage(NumberedMessage(MessageNumber::kEmptyFile));
+    return false;
+  }
+  // What a block that ends early leaves is judged by the checks here, like any other.
+  if (firstByte[0] == std::byte{kVersionedLayout}) {
+    ReadVersionedHeader();
+  } else {
+    ConvertOldestLayout();
+    if (header.channelCount < 1 || header.channelCount > kMaxOldestChannels) return RefuseChannelCount();
+  }
+  RepairGainBase(header);
+  FillDeadRates(header);
+  if (!IsChannelCount(header.channelCount)) return RefuseChannelCount();
+  headerRevision = header.headerRevision;
+  return BringToCurrentRevision(rawHeader);
+}
+
+bool CRecordingFile::RefuseChannelCount() {
+  ReportMessage(NumberedMessage(MessageNumber::kChannelCountRefused));
+  return false;
+}
+
+void CRecordingFile::ReadVersionedHeader() {
+  RecordingHeader& header = rawHeader.header;
+  const std::span<std::byte> revision = BytesOf(header).subspan(offsetof(RecordingHeader, headerRevision), 1);
+  if (!file->SeekTo(offsetof(RecordingHeader, headerRevision)) || !file->ReadExactly(revision)) return;
+  if (!file->SeekTo(0)) return;
+  const bool oldBlock = header.headerRevision < kFirstRevisionWithAnyCount;
+  if (!file->ReadExactly(BytesOf(header))) return;
+  if (!oldBlock && !IsChannelCount(header.channelCount)) return;
+  constexpr std::size_t kRecordsInOldBlock = 32;
+  const std::size_t records = oldBlock ? kRecordsInOldBlock : std::size_t{header.channelCount};
+  const std::span<ChannelRecord> channels = std::span(rawHeader.channels).first(records);
+  if (!file->ReadExactly(std::as_writable_bytes(channels))) return;
+  CompleteVersionedHeader(rawHeader);
+  dataStart = static_cast<int>(sizeof header + channels.size_bytes());
+}
+
+void CRecordingFile::ConvertOldestLayout() {
+  const auto firstByte = std::to_integer<std::uint8_t>(BytesOf(rawHeader.header)[0]);
+  const std::optional<OldestHeader> old = ReadOldestHeader(*file, firstByte);
+  if (!old) return;
+  if (old->ChannelCount() > kImpossibleOldestChannels) {
+    host.modal.ShowMessage(NumberedMessage(MessageNumber::kTooManyChannelsInOldestHeader));
+    return;
+  }
+  ConvertOldestHeader(*old, rawHeader);
+  dataStart = static_cast<int>(file->Position().value_or(0));
+}
+
+}  // namespace wavelock

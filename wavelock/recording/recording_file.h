@@ -1,0 +1,186 @@
+// CRecordingFile: one recording on disk, with the image of its header, the setup built from it, and what it
+// carries beside its samples.
+//
+//   opening and closing               open.cpp
+//   the block at the start            header_block.cpp, header_revisions.cpp, oldest_header.cpp
+//   what the file holds               classification.cpp
+//   header to setup                   translation.cpp
+//   continuous samples                continuous.cpp, deinterleave.cpp, sample_conversion.cpp
+//   events                            events.cpp
+//   epochs                            epochs.cpp
+//
+// One recording serves one thread at a time; any number of them live in any number of threads.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "wavelock/annotations/event_group.h"
+#include "wavelock/numerics/work_buffer.h"
+#include "wavelock/platform/host.h"
+#include "wavelock/recording/recording_header.h"
+#include "wavelock/setup/setup.h"
+
+namespace wavelock {
+
+struct BlockShape;
+
+// Values of `dataKind`, as GetFileClass and GetAcquisitionKind give them.
+enum DataKind : int {
+  kUnreadable = -1,
+  kAverage = 0,
+  kEpochs = 1,
+  kContinuous = 2,
+  kAverageWithStatistics = 3,
+  kTimeFrequency = 4,
+};
+
+class CRecordingFile {
+ public:
+  // With `silent` not 0 reported messages are dropped, questions count as answered yes, and prompts that only
+  // inform are skipped. The host outlives the recording.
+  explicit CRecordingFile(int silent, Host& host = Host::Default());
+  CRecordingFile(const CRecordingFile&) = delete;
+  CRecordingFile& operator=(const CRecordingFile&) = delete;
+  virtual ~CRecordingFile();  // closes a file that is still open
+
+  // ---- opening and closing
+
+  // Opens a recording of any generation, for reading and writing where the system allows it. Double quotes
+  // and white space around the path are dropped. A file that is still open is not closed first: the caller
+  // does that. False when the file cannot be used; `rawHeader` and `setup` then hold what was read so far.
+  virtual bool OpenFile(std::string path);
+
+  // Gives the file back and drops what was cached of it. Header image, setup, names and lists go on answering
+  // for it. False when none was open.
+  bool CloseFile();
+
+  // False when the file may not be written or none is open.
+  virtual bool IsFileWritable();
+
+  void ReportMessage(const ModalText& message);
+
+  std::string GetFileName() const { return fileName; }
+  std::string GetFilePath() const { return filePath; }
+  CSetup* GetSetup() { return setup.get(); }
+  CEventTable& GetEventTable() { return eventGroup; }
+
+  // `dataKind` of the setup, -100 without one.
+  int GetAcquisitionKind() const;
+
+  // Bytes of the block at the start of a file with the setup's channels.
+  int HeaderSize() const;
+
+  // ---- what the file holds
+
+  // A DataKind, from the header image; the first call after an open may change `acquisitionMode` in the image
+  // by what the file's name says, and may ask for that. kUnreadable for null.
+  int GetFileClass(HeaderImage* header);
+
+  // The same in detail, 1 to 7, or -1.
+  int ClassifyHeader(HeaderImage* header);
+
+  // ---- header to setup
+
+  // Fills `target` from the image, and repairs impossible values in the image. False when a rate or a channel
+  // count stopped it, which has been reported; fields up to that point are set.
+  bool TranslateHeader(HeaderImage* header, CSetup* target);
+
+  // ---- continuous samples
+
+  // Samples `start` up to, not including, `end`, sample-major: all channels of the first, then of the next.
+  // `outBytes` is exactly what they need: 4 bytes a value for microvolts, `sampleWidth` for stored integers.
+  // False, with `out` undefined, for any other size, an empty or impossible range, another kind of file, or a
+  // file that ends before the samples do.
+  virtual bool ReadContinuousFloat(std::uint64_t start, std::uint64_t end, float* out, std::uint32_t outBytes,
+                                   int skipPolynomials, int skipRows);
+  virtual bool ReadContinuousRaw(std::uint64_t start, std::uint64_t end, void* out, std::int32_t outBytes,
+                                 int skipPolynomials, int skipRows);
+
+  // Converts microvolts, sample-major, to integers of `sampleWidth` and writes them where the file stands. A
+  // byte count that is no whole number of samples leaves zeros in the last one.
+  virtual bool AppendContinuousFloat(const float* in, std::uint32_t inBytes);
+
+  // Samples per channel, worked out from the header and the size of the file, whatever its kind. A damaged
+  // header can state any number, so this is no size to allocate by.
+  virtual std::uint64_t GetContinuousSampleCount();
+
+  // Microvolts to counts, half away from zero. Values beyond the range are limited to +-32767 or
+  // +-2147483647, which sets `pendingConversionNotice`.
+  void FloatToRaw16(std::int16_t* raw, const float* in, std::uint32_t sampleCount, const CSetup& from);
+  void FloatToRaw32(std::int32_t* raw, const float* in, std::uint32_t sampleCount, const CSetup& from);
+
+  // ---- events
+
+  // 0 for every kind but continuous.
+  virtual int GetEventCount();
+
+  // Reads the events in whatever form they are stored. False when they cannot be read; the table is then
+  // empty.
+  bool ReadEvents();
+
+  // ---- epochs
+
+  // 1 for every kind but epoched.
+  virtual std::uint32_t GetEpochCount();
+
+  // ---- state, open to the classes of the system
+
+  int sampleWidth = 2;              // bytes of one stored sample: 2 or 4
+  int kindPromptDone = 0;           // the file's name has been looked at since the open
+  int pendingConversionNotice = 0;  // a value was limited when it was stored
+  int applyRows = 1;
+  int applyPolynomials = 1;
+  int silent;
+  std::string fileName;  // without its folder
+  std::string filePath;
+  int largeFile = 0;           // 1 for files of 2 GiB and more
+  std::uint64_t fileSize = 0;  // taken once, at open
+  CEventGroup eventGroup;
+  std::unique_ptr<CSetup> setup;
+  int halveSpectrum = 0;  // spectra without a scale are delivered halved
+  int dataStart = -1;     // file position of the first sample
+  int headerRevision = -1;
+  HeaderImage rawHeader{};  // the block at the start, in its current form
+  std::unique_ptr<File> file;
+
+ protected:
+  Host& host;
+
+ private:
+  bool ReadFileHead();
+
+  bool ReadHeaderBlock();
+  void ReadVersionedHeader();
+  void ConvertOldestLayout();
+  bool RefuseChannelCount();
+
+  void CheckExtension(HeaderImage* header);
+
+  std::uint64_t ReadEventTablePosition() const;
+  bool IsContinuousRange(std::uint64_t start, std::uint64_t end);
+  bool ReadRecords(std::uint64_t start, std::uint64_t count, std::byte* out);
+  bool ReadBlocks(std::uint64_t start, std::uint64_t end, std::uint16_t* out);
+  bool ReadWholeBlocks(const BlockShape& shape, std::uint64_t position, std::uint64_t blocks,
+                       std::uint64_t from, std::uint64_t to, std::uint16_t* out);
+  bool ReadPartOfBlock(const BlockShape& shape, std::uint64_t position, std::uint64_t from, std::uint64_t to,
+                       std::uint16_t* out);
+  std::uint64_t EndOfPiece(std::uint64_t start) const;
+
+  bool ReadEventRecords(int kind, std::int32_t count);
+  bool ReadTriggerWords();
+
+  // Kept from request to request while a file is open.
+  WorkBuffer readBuffer_;  // bytes as they come from the file
+  WorkBuffer rawBuffer_;   // stored integers on their way from or to floats
+};
+
+// The extension of a path with its dot, empty when it has none.
+std::string GetExtension(std::string_view path);
+
+}  // namespace wavelock
