@@ -58,11 +58,10 @@ void CRecordingFile::ConvertOldestLayout() {
   const auto firstByte = std::to_integer<std::uint8_t>(BytesOf(rawHeader.header)[0]);
   const std::optional<OldestHeader> old = ReadOldestHeader(*file, firstByte);
   if (!old) return;
-  if (old->ChannelCount() > kImpossibleOldestChannels) {
+  if (!ConvertOldestHeader(*old, rawHeader)) {
     host.modal.ShowMessage(NumberedMessage(MessageNumber::kTooManyChannelsInOldestHeader));
     return;
   }
-  ConvertOldestHeader(*old, rawHeader);
   dataStart = static_cast<int>(file->Position().value_or(0));
 }
 

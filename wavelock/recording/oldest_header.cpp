@@ -89,6 +89,9 @@ static_assert(sizeof(OldChannel) == 26);
 constexpr std::size_t kChannelsOffset = 699;
 static_assert(kChannelsOffset + kMaxOldestChannels * sizeof(OldChannel) == sizeof(OldestHeader::block));
 
+// More than this is no recording at all, of whatever form.
+constexpr int kImpossibleChannelCount = 515;
+
 // ---- access
 
 std::byte* FieldIn(HeaderImage& image, const OldField& field) {
@@ -146,11 +149,17 @@ void TakeNoteBlock(const OldestNoteBlock& block, RecordingHeader& header) {
   header.summaryB = 0;
 }
 
+constexpr std::uint16_t kFixField862 = 0x71C;
+
 void TakeSweeps(const OldestHeader& old, HeaderImage& image) {
   constexpr std::size_t kChannelsWithSweeps = 32;
   const auto sweeps = ValueAt<std::uint16_t>(old, kSweepsOffset);
   image.header.summaryB = static_cast<std::int16_t>(sweeps);
-  for (ChannelRecord& record : std::span(image.channels).first(kChannelsWithSweeps)) record.sweeps = sweeps;
+  image.header.fixField862 = kFixField862;
+  for (ChannelRecord& record : std::span(image.channels).first(kChannelsWithSweeps)) {
+    record.sweeps = sweeps;
+    record.sensitivity = 1.0f;
+  }
 }
 
 void SetWhatTheLayoutLacks(RecordingHeader& header) {
@@ -161,7 +170,7 @@ void SetWhatTheLayoutLacks(RecordingHeader& header) {
   header.valueB = 20;
   for (auto& value : header.oldField428) value = 20;
   header.dashTextF.Assign("------");
-  header.fixField862 = 0x71C;
+  header.fixField862 = kFixField862;
 }
 
 void ConvertChannels(const OldestHeader& old, HeaderImage& image) {
@@ -199,16 +208,18 @@ std::optional<OldestHeader> ReadOldestHeader(File& file, std::uint8_t firstByte)
   return old;
 }
 
-void ConvertOldestHeader(const OldestHeader& old, HeaderImage& image) {
+bool ConvertOldestHeader(const OldestHeader& old, HeaderImage& image) {
   RecordingHeader& header = image.header;
-  SetWhatTheLayoutLacks(header);
-  CopyFields(old, image);
   if (old.shortBlock) TakeShortBlock(*old.shortBlock, header);
   if (old.noteBlock) TakeNoteBlock(*old.noteBlock, header);
   if (!old.shortBlock && !old.noteBlock) TakeSweeps(old, image);
+  if (old.ChannelCount() > kImpossibleChannelCount) return false;
+  SetWhatTheLayoutLacks(header);
+  CopyFields(old, image);
   FillBinWidth(header);
   ConvertChannels(old, image);
   FillDisplayDefaults(header);
+  return true;
 }
 
 }  // namespace wavelock

@@ -15,8 +15,6 @@ namespace wavelock {
 
 // Channels of a file in the oldest layout.
 inline constexpr int kMaxOldestChannels = 64;
-// More than this is no recording at all, of whatever form.
-inline constexpr int kImpossibleOldestChannels = 515;
 
 // Stands in for the subject and the date in files that lack them.
 struct OldestShortBlock {
@@ -45,7 +43,8 @@ struct OldestHeader {
 // short; the position is at the first sample otherwise.
 std::optional<OldestHeader> ReadOldestHeader(File& file, std::uint8_t firstByte);
 
-// Fills an image that is all zero but for its first byte.
-void ConvertOldestHeader(const OldestHeader& old, HeaderImage& image);
+// Fills an image that is all zero but for its first byte. False when the header claims more channels than any
+// recording has; only what stands beside the main block is then in the image.
+bool ConvertOldestHeader(const OldestHeader& old, HeaderImage& image);
 
 }  // namespace wavelock
