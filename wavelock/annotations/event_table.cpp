@@ -1,10 +1,12 @@
 #include "wavelock/annotations/event_table.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstring>
-#include <memory>
 #include <new>
+#include <numeric>
+#include <vector>
 
 namespace wavelock {
 namespace {
@@ -31,35 +33,62 @@ bool AreEqual(const EventRecord& a, const EventRecord& b) {
   return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-// Finds a record among those that were added before. Open addressing over at least twice as many places.
-class RecordSet {
- public:
-  explicit RecordSet(std::size_t count) : seed_(FreshSeed(this)) {
-    while (count_ < 2 * count) count_ *= 2;
-    places_.reset(new (std::nothrow) std::uint32_t[count_]);
-    if (places_) std::fill_n(places_.get(), count_, kFree);
+// A record told by its hash. Sorted by it, equal records come to lie side by side, and no pass over them
+// jumps through memory as a table of hashes would.
+struct Fingerprint {
+  std::uint32_t hash;
+  std::uint32_t index;
+};
+
+std::vector<Fingerprint> Fingerprints(std::span<const EventRecord> records) {
+  std::vector<Fingerprint> prints(records.size());
+  const std::uint64_t seed = FreshSeed(prints.data());
+  for (std::uint32_t i = 0; i < prints.size(); ++i) {
+    prints[i] = {static_cast<std::uint32_t>(Hash(records[i], seed) >> 32), i};
   }
+  return prints;
+}
 
-  bool HasMemory() const { return places_ != nullptr; }
+// By radix, eleven bits at a time. Stable, so that equal hashes stay in the order of their records.
+void SortByHash(std::vector<Fingerprint>& prints) {
+  constexpr unsigned kDigitBits = 11;
+  constexpr std::uint32_t kDigits = 1u << kDigitBits;
+  std::vector<Fingerprint> sorted(prints.size());
+  for (unsigned shift = 0; shift < 32; shift += kDigitBits) {
+    const auto digit = [shift](const Fingerprint& print) { return (print.hash >> shift) % kDigits; };
+    std::array<std::uint32_t, kDigits> places{};
+    for (const Fingerprint& print : prints) ++places[digit(print)];
+    std::exclusive_scan(places.begin(), places.end(), places.begin(), 0u);
+    for (const Fingerprint& print : prints) sorted[places[digit(print)]++] = print;
+    prints.swap(sorted);
+  }
+}
 
-  // False when an equal record is there already. `records[index]` is the new one.
-  bool Add(std::span<const EventRecord> records, std::uint32_t index) {
-    const std::size_t mask = count_ - 1;
-    for (std::size_t place = Hash(records[index], seed_) & mask;; place = (place + 1) & mask) {
-      if (places_[place] == kFree) {
-        places_[place] = index;
-        return true;
-      }
-      if (AreEqual(records[places_[place]], records[index])) return false;
+// Marks every record of one hash that equals an earlier one.
+void MarkRepeated(std::span<const Fingerprint> sameHash, std::span<const EventRecord> records,
+                  std::vector<bool>& isRepeated) {
+  for (std::size_t i = 1; i < sameHash.size(); ++i) {
+    for (std::size_t j = 0; j < i; ++j) {
+      if (isRepeated[sameHash[j].index] || !AreEqual(records[sameHash[i].index], records[sameHash[j].index]))
+        continue;
+      isRepeated[sameHash[i].index] = true;
+      break;
     }
   }
+}
 
- private:
-  static constexpr std::uint32_t kFree = 0xFFFFFFFF;
-  std::uint64_t seed_;
-  std::size_t count_ = 16;  // a power of two
-  std::unique_ptr<std::uint32_t[]> places_;
-};
+std::vector<bool> FindRepeated(std::span<const EventRecord> records) {
+  std::vector<bool> isRepeated(records.size());
+  std::vector<Fingerprint> prints = Fingerprints(records);
+  SortByHash(prints);
+  for (auto first = prints.begin(); first != prints.end();) {
+    const auto last =
+        std::find_if(first, prints.end(), [&](const Fingerprint& p) { return p.hash != first->hash; });
+    MarkRepeated({first, last}, records, isRepeated);
+    first = last;
+  }
+  return isRepeated;
+}
 
 }  // namespace
 
@@ -73,12 +102,15 @@ void EventRecord::SetSegmentClass(std::uint8_t segmentClass) {
 
 bool CEventTable::RemoveDuplicates() {
   const std::span<EventRecord> records = Elements();
-  RecordSet seen(records.size());
-  if (!seen.HasMemory()) return false;
-  std::uint32_t kept = 0;
-  for (const EventRecord& record : records) {
-    records[kept] = record;
-    if (seen.Add(records, kept)) ++kept;
+  std::vector<bool> isRepeated;
+  try {
+    isRepeated = FindRepeated(records);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    if (!isRepeated[i]) records[kept++] = records[i];
   }
   return SetSize(static_cast<std::int32_t>(kept));
 }

@@ -16,35 +16,29 @@ void CopyRecords(const Word* in, std::size_t records, std::size_t stride, std::s
   }
 }
 
-// A square of 4 by 4 words is turned in four registers: pairs of words change places, then pairs of pairs.
-constexpr std::size_t kSquare = 4;
+// A square of 8 by 8 words, turned by shuffling its two halves together like cards, three times: after each
+// the bits of a word's place have moved on by one, so that after three row and column have changed. Compilers
+// make each shuffle a few vector instructions.
+constexpr std::size_t kSquare = 8;
+constexpr std::size_t kSquareWords = kSquare * kSquare;
 
-std::uint64_t LoadFour(const std::uint16_t* words) {
-  std::uint64_t four;
-  std::memcpy(&four, words, sizeof four);
-  return four;
-}
-
-void StoreFour(std::uint64_t four, std::uint16_t* words) {
-  std::memcpy(words, &four, sizeof four);
+void Shuffle(const std::uint16_t* __restrict in, std::uint16_t* __restrict out) {
+  for (std::size_t i = 0; i < kSquareWords / 2; ++i) {
+    out[2 * i] = in[i];
+    out[2 * i + 1] = in[kSquareWords / 2 + i];
+  }
 }
 
 void TransposeSquare(const std::uint16_t* in, std::size_t rowLength, std::uint16_t* out,
                      std::size_t outStride) {
-  constexpr std::uint64_t kEvenWords = 0x0000FFFF0000FFFF;
-  constexpr std::uint64_t kLowPair = 0x00000000FFFFFFFF;
-  const std::uint64_t a = LoadFour(in);
-  const std::uint64_t b = LoadFour(in + rowLength);
-  const std::uint64_t c = LoadFour(in + 2 * rowLength);
-  const std::uint64_t d = LoadFour(in + 3 * rowLength);
-  const std::uint64_t abEven = (a & kEvenWords) | ((b & kEvenWords) << 16);
-  const std::uint64_t abOdd = ((a >> 16) & kEvenWords) | (b & ~kEvenWords);
-  const std::uint64_t cdEven = (c & kEvenWords) | ((d & kEvenWords) << 16);
-  const std::uint64_t cdOdd = ((c >> 16) & kEvenWords) | (d & ~kEvenWords);
-  StoreFour((abEven & kLowPair) | (cdEven << 32), out);
-  StoreFour((abOdd & kLowPair) | (cdOdd << 32), out + outStride);
-  StoreFour((abEven >> 32) | (cdEven & ~kLowPair), out + 2 * outStride);
-  StoreFour((abOdd >> 32) | (cdOdd & ~kLowPair), out + 3 * outStride);
+  constexpr std::size_t kRowBytes = kSquare * sizeof *in;
+  alignas(16) std::uint16_t a[kSquareWords];
+  alignas(16) std::uint16_t b[kSquareWords];
+  for (std::size_t i = 0; i < kSquare; ++i) std::memcpy(a + i * kSquare, in + i * rowLength, kRowBytes);
+  Shuffle(a, b);
+  Shuffle(b, a);
+  Shuffle(a, b);
+  for (std::size_t i = 0; i < kSquare; ++i) std::memcpy(out + i * outStride, b + i * kSquare, kRowBytes);
 }
 
 void TransposeEdge(const std::uint16_t* in, std::size_t channels, std::size_t rowLength, std::size_t samples,

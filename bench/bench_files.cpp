@@ -1,0 +1,166 @@
+#include "bench/bench_files.h"
+
+#include <edflib.h>
+#include <sndfile.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <utility>
+#include <vector>
+
+#include "tests/support/recording_builder.h"
+
+namespace wavelock::bench {
+namespace {
+
+std::uint64_t sampleBytes = std::uint64_t{1} << 30;
+
+// Removes what was made when the program ends.
+class Folder {
+ public:
+  Folder()
+      : path_(std::filesystem::temp_directory_path() / ("wavelock-bench-" + std::to_string(::getpid()))) {
+    std::filesystem::create_directories(path_);
+  }
+  ~Folder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  std::string Path(const std::string& name) const { return (path_ / name).string(); }
+
+ private:
+  std::filesystem::path path_;
+};
+
+std::int16_t Value(std::uint64_t sample, int channel) {
+  return static_cast<std::int16_t>(
+      static_cast<std::uint32_t>(sample * 2654435761u + static_cast<std::uint32_t>(channel) * 40503u) >> 7);
+}
+
+void Fail(const std::string& what) {
+  std::cerr << "wavelock_bench: " << what << "\n";
+  std::exit(1);
+}
+
+// `make(path)` writes the file unless it is there already.
+template <class Make>
+std::string Made(const std::string& name, Make make) {
+  static Folder folder;
+  static std::map<std::string, std::string> made;
+  const auto found = made.find(name);
+  if (found != made.end()) return found->second;
+  const std::string path = folder.Path(name);
+  std::cerr << "making " << name << "\n";
+  if (!make(path)) Fail(path + " could not be written");
+  return made[name] = path;
+}
+
+RecordingBuilder Base() {
+  return RecordingBuilder().Channels(kChannels).Rate(kRate).Calibration(102.4f);
+}
+
+std::vector<short> SecondOf(std::uint64_t second) {
+  std::vector<short> samples(static_cast<std::size_t>(kRate) * kChannels);
+  for (std::size_t s = 0; s < kRate; ++s) {
+    for (int c = 0; c < kChannels; ++c)
+      samples[s * kChannels + static_cast<std::size_t>(c)] = Value(second * kRate + s, c);
+  }
+  return samples;
+}
+
+bool WriteWav(const std::string& path) {
+  SF_INFO info{};
+  info.samplerate = kRate;
+  info.channels = kChannels;
+  info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+  SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
+  if (file == nullptr) return false;
+  for (std::uint64_t second = 0; second < SampleCount() / kRate; ++second) {
+    sf_writef_short(file, SecondOf(second).data(), kRate);
+  }
+  return sf_close(file) == 0;
+}
+
+bool WriteEdf(const std::string& path) {
+  const int file = edfopen_file_writeonly(path.c_str(), EDFLIB_FILETYPE_EDFPLUS, kChannels);
+  if (file < 0) return false;
+  for (int c = 0; c < kChannels; ++c) {
+    edf_set_samplefrequency(file, c, kRate);
+    edf_set_digital_maximum(file, c, 32767);
+    edf_set_digital_minimum(file, c, -32768);
+    edf_set_physical_maximum(file, c, 16383.5);
+    edf_set_physical_minimum(file, c, -16384);
+  }
+  std::vector<short> channels(static_cast<std::size_t>(kRate) * kChannels);
+  for (std::uint64_t second = 0; second < SampleCount() / kRate; ++second) {
+    const std::vector<short> samples = SecondOf(second);
+    for (std::size_t s = 0; s < kRate; ++s) {
+      for (std::size_t c = 0; c < kChannels; ++c) channels[c * kRate + s] = samples[s * kChannels + c];
+    }
+    if (edf_blockwrite_digital_short_samples(file, channels.data()) != 0) return false;
+  }
+  return edfclose_file(file) == 0;
+}
+
+}  // namespace
+
+void SetSampleBytes(std::uint64_t bytes) {
+  sampleBytes = bytes;
+}
+
+std::uint64_t SampleCount() {
+  return sampleBytes / (2 * kChannels) / kRate * kRate;
+}
+
+std::string RecordingPath(int layout, int width) {
+  return Made("layout" + std::to_string(layout) + "-" + std::to_string(8 * width) + ".rec",
+              [=](const std::string& path) {
+                return Base()
+                    .Revision(layout == 0 ? 6 : 13)
+                    .Layout(layout)
+                    .Width(width)
+                    .BlockSamples(kRate)
+                    .Samples(SampleCount(), [](std::uint64_t s, int c) { return Value(s, c); })
+                    .WriteTo(path);
+              });
+}
+
+std::string WavPath() {
+  return Made("samples.wav", WriteWav);
+}
+std::string EdfPath() {
+  return Made("samples.edf", WriteEdf);
+}
+
+std::string EventsPath(int kind, int count) {
+  return Made("events" + std::to_string(kind) + "-" + std::to_string(count) + ".rec",
+              [=](const std::string& path) {
+                std::vector<RecordingBuilder::Event> events(static_cast<std::size_t>(count));
+                for (std::size_t i = 0; i < events.size(); ++i) {
+                  events[i].stimType = static_cast<std::uint16_t>(i % 200);
+                  events[i].sample = static_cast<std::uint32_t>(i);
+                }
+                return RecordingBuilder()
+                    .Revision(13)
+                    .Channels(1)
+                    .Rate(kRate)
+                    .Samples({1, 2, 3})
+                    .EventTableKind(kind)
+                    .Events(events)
+                    .WriteTo(path);
+              });
+}
+
+void Warm(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::vector<char> buffer(1 << 20);
+  while (file.read(buffer.data(), static_cast<std::streamsize>(buffer.size()))) {
+  }
+}
+
+}  // namespace wavelock::bench

@@ -1,0 +1,27 @@
+// The library beside its peers, in one run:
+//
+//   wavelock_bench [--mebibytes=N] [flags of Google Benchmark]
+#include <cstdlib>
+#include <string_view>
+
+#include "bench/bench_files.h"
+#include "bench/benchmarks.h"
+
+int main(int argc, char** argv) {
+  namespace bench = wavelock::bench;
+  benchmark::Initialize(&argc, argv);
+  for (int i = 1; i < argc; ++i) {
+    constexpr std::string_view kSize = "--mebibytes=";
+    const std::string_view argument = argv[i];
+    if (argument.substr(0, kSize.size()) != kSize) return 2;
+    bench::SetSampleBytes(std::strtoull(argv[i] + kSize.size(), nullptr, 10) << 20);
+  }
+  std::vector<bench::Ratio> ratios;
+  for (const auto& group : {bench::RegisterContinuous(), bench::RegisterEvents()}) {
+    ratios.insert(ratios.end(), group.begin(), group.end());
+  }
+  bench::RatioReporter reporter;
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+  reporter.PrintRatios(ratios);
+  return 0;
+}
