@@ -82,7 +82,7 @@ Subcommand MakeEvents(CLI::App& program) {
   CLI::App* const parser =
       program.add_subcommand("events", "Events of a continuous recording, with seconds and samples");
   const auto options = std::make_shared<Options>();
-  parser->add_option("FILE", options->path, "The recording")->required();
+  AddFile(*parser, options->path);
   AddChoice(*parser, "--format", options->format, kFormats, "tsv if nothing is said");
   options->output.AddTo(*parser);
   parser->footer(kExamples);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "cli/input_recording.h"
+#include "cli/options.h"
 #include "cli/output.h"
 #include "cli/sample_stream.h"
 #include "cli/subcommands.h"
@@ -181,7 +182,7 @@ Subcommand MakeInfo(CLI::App& program) {
   CLI::App* const parser =
       program.add_subcommand("info", "What recordings are: kind, channels, rate, duration, events ...");
   const auto options = std::make_shared<Options>();
-  parser->add_option("FILE", options->paths, "The recordings")->required();
+  AddFile(*parser, options->paths, "The recordings");
   parser->add_flag("--json", options->json, "One line of JSON for each file");
   parser->add_flag("--subject", options->subject, "Also what identifies the subject and the session");
   parser->footer(kExamples);

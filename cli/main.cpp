@@ -1,6 +1,7 @@
 // The wavelock command: data goes to standard output, words go to standard error.
 #include <csignal>
 #include <exception>
+#include <string>
 #include <vector>
 
 #include "cli/complaint.h"
@@ -20,9 +21,14 @@ void LetWritesFail() {
 #endif
 }
 
+std::string UsageFault(const CLI::App*, const CLI::Error& fault) {
+  return "wavelock: " + std::string(fault.what()) + "\nRun with --help for more information.\n";
+}
+
 ExitCode Run(int argc, char** argv) {
   CLI::App program("Looks into recordings of every generation and takes data out of them.", "wavelock");
   program.set_version_flag("--version", "wavelock " WAVELOCK_VERSION);
+  program.failure_message(UsageFault);
   program.require_subcommand(1);
   std::vector<Subcommand> subcommands;
   for (MakeSubcommand* const make : kSubcommands) subcommands.push_back(make(program));

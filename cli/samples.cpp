@@ -98,7 +98,7 @@ Subcommand MakeSamples(CLI::App& program) {
   CLI::App* const parser = program.add_subcommand(
       "samples", "Continuous samples as a table: a row for each sample, a column for each channel");
   const auto options = std::make_shared<Options>();
-  parser->add_option("FILE", options->path, "The recording")->required();
+  AddFile(*parser, options->path);
   AddCount(*parser, "--from", options->from, "First sample, counted from 0");
   AddCount(*parser, "--to", options->to, "The sample behind the last one");
   parser->add_flag("--raw", options->raw, "Integers as stored instead of microvolts");
