@@ -1,0 +1,192 @@
+// wavelock info: what recordings are, in one table or as JSON.
+#include <fmt/format.h>
+
+#include <cmath>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/input_recording.h"
+#include "cli/options.h"
+#include "cli/output.h"
+#include "cli/sample_stream.h"
+#include "cli/subcommands.h"
+#include "cli/subject.h"
+#include "cli/table.h"
+#include "cli/terminal.h"
+
+namespace wavelock::command {
+namespace {
+
+constexpr char kExamples[] =
+    "Examples:\n"
+    "  wavelock info *.rec\n"
+    "  wavelock info --json night.rec | jq .rate\n"
+    "  wavelock info --subject night.rec\n"
+    "\n"
+    "The table leaves out what identifies the subject and the session; --subject adds it.\n";
+
+struct Options {
+  std::vector<std::string> paths{};
+  bool json = false;
+  bool subject = false;
+};
+
+struct Facts {
+  std::string path;
+  std::string kind;
+  std::vector<std::string> channels{};  // labels
+  double rate = 0;
+  std::uint64_t points = 0;  // per channel and epoch
+  std::uint64_t epochs = 1;
+  std::optional<int> events{};  // of a continuous recording whose events could be read
+  std::string generation{};
+  int sampleBits = 0;
+  std::uint64_t fileBytes = 0;
+  std::optional<double> seconds{};
+  SubjectTexts subject{};
+};
+
+// The layout before all revisions is told by the first byte alone.
+std::string GenerationOf(const CRecordingFile& recording) {
+  if (std::ifstream(recording.GetFilePath(), std::ios::binary).get() != 'V') return "oldest";
+  return fmt::format("revision {}", recording.headerRevision);
+}
+
+std::optional<double> Seconds(const Facts& facts) {
+  const double seconds = static_cast<double>(facts.points) * static_cast<double>(facts.epochs) / facts.rate;
+  return std::isfinite(seconds) ? std::optional(seconds) : std::nullopt;
+}
+
+Facts Gather(InputRecording& input) {
+  CSetup& setup = *input->GetSetup();
+  const int kind = input->GetFileClass(&input->rawHeader);
+  Facts facts{.path = input.Path(), .kind = std::string(NameOfKind(kind))};
+  for (const SetupChannel& channel : setup.Channels()) facts.channels.emplace_back(channel.label.View());
+  facts.rate = setup.Rate();
+  facts.points =
+      kind == kContinuous ? CountSamples(*input) : static_cast<std::uint64_t>(std::max(0, setup.GetPoints()));
+  facts.epochs = input->GetEpochCount();
+  if (kind == kContinuous && !input.HasShown(MessageNumber::kEventsNotRead)) {
+    facts.events = input->GetEventCount();
+  }
+  facts.generation = GenerationOf(*input);
+  facts.sampleBits = 8 * input->sampleWidth;
+  facts.fileBytes = input->fileSize;
+  if (setup.frequencyDomain == 0) facts.seconds = Seconds(facts);
+  facts.subject = SubjectTextsOf(*setup.subject);
+  return facts;
+}
+
+// ---- for people
+
+std::string Duration(const std::optional<double>& seconds) {
+  if (!seconds) return "-";
+  const auto milliseconds = static_cast<std::uint64_t>(std::llround(*seconds * 1000));
+  const std::uint64_t minutes = milliseconds / 60000;
+  return fmt::format("{}:{:02}:{:02}.{:03}", minutes / 60, minutes % 60, milliseconds / 1000 % 60,
+                     milliseconds % 1000);
+}
+
+std::string Size(std::uint64_t bytes) {
+  constexpr const char* kUnits[] = {"B", "KB", "MB", "GB", "TB"};
+  auto size = static_cast<double>(bytes);
+  std::size_t unit = 0;
+  for (; size >= 1000 && unit + 1 < std::size(kUnits); ++unit) size /= 1000;
+  return fmt::format("{:.{}f} {}", size, unit == 0 ? 0 : 1, kUnits[unit]);
+}
+
+std::string TableOf(const std::vector<Facts>& all, bool bold) {
+  Table table({{"FILE"},
+               {"KIND"},
+               {"CHANNELS", Align::kRight},
+               {"RATE", Align::kRight},
+               {"DURATION", Align::kRight},
+               {"POINTS", Align::kRight},
+               {"EPOCHS", Align::kRight},
+               {"EVENTS", Align::kRight},
+               {"GENERATION"},
+               {"WIDTH", Align::kRight},
+               {"SIZE", Align::kRight}});
+  for (const Facts& facts : all) {
+    table.Add({facts.path, facts.kind, std::to_string(facts.channels.size()),
+               fmt::format("{} Hz", static_cast<float>(facts.rate)), Duration(facts.seconds),
+               std::to_string(facts.points), std::to_string(facts.epochs),
+               facts.events ? std::to_string(*facts.events) : "-", facts.generation,
+               fmt::format("{} bit", facts.sampleBits), Size(facts.fileBytes)});
+  }
+  return table.Text(bold);
+}
+
+std::string SubjectTableOf(const std::vector<Facts>& all, bool bold) {
+  Table table({{"FILE"}, {"FIELD"}, {"VALUE"}});
+  for (const Facts& facts : all) {
+    for (const auto& [field, value] : facts.subject) table.Add({facts.path, field, value});
+  }
+  return "\n" + table.Text(bold);
+}
+
+// ---- for programs
+
+std::string JsonLine(const Facts& facts, bool withSubject) {
+  nlohmann::ordered_json json;
+  json["file"] = facts.path;
+  json["kind"] = facts.kind;
+  json["channels"] = facts.channels.size();
+  json["labels"] = facts.channels;
+  json["rate"] = facts.rate;
+  json["duration"] = facts.seconds ? nlohmann::ordered_json(*facts.seconds) : nlohmann::ordered_json();
+  json["points"] = facts.points;
+  json["epochs"] = facts.epochs;
+  json["events"] = facts.events ? nlohmann::ordered_json(*facts.events) : nlohmann::ordered_json();
+  json["generation"] = facts.generation;
+  json["bits"] = facts.sampleBits;
+  json["bytes"] = facts.fileBytes;
+  if (withSubject) {
+    for (const auto& [field, value] : facts.subject) json["subject"][field] = value;
+  }
+  // Texts of a file can be in any encoding.
+  return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+bool Write(const std::vector<Facts>& all, const Options& options, Output& output) {
+  if (options.json) {
+    for (const Facts& facts : all) {
+      if (!output.Write(JsonLine(facts, options.subject))) return false;
+    }
+    return true;
+  }
+  const bool bold = TakesColor(stdout);
+  return all.empty() ||
+         (output.Write(TableOf(all, bold)) && (!options.subject || output.Write(SubjectTableOf(all, bold))));
+}
+
+ExitCode Run(const Options& options) {
+  std::vector<Facts> all;
+  ExitCode outcome = kDone;
+  for (const std::string& path : options.paths) {
+    const auto input = InputRecording::Open(path);
+    if (input) all.push_back(Gather(*input));
+    outcome = Worse(outcome, !input ? kFailed : input->HasLoss() ? kDoneWithLoss : kDone);
+  }
+  const auto output = Output::Open({}, {});
+  Write(all, options, *output);
+  return output->Finish() ? outcome : kFailed;
+}
+
+}  // namespace
+
+Subcommand MakeInfo(CLI::App& program) {
+  CLI::App* const parser =
+      program.add_subcommand("info", "What recordings are: kind, channels, rate, duration, events ...");
+  const auto options = std::make_shared<Options>();
+  AddFile(*parser, options->paths, "The recordings");
+  parser->add_flag("--json", options->json, "One line of JSON for each file");
+  parser->add_flag("--subject", options->subject, "Also what identifies the subject and the session");
+  parser->footer(kExamples);
+  return {parser, [options] { return Run(*options); }};
+}
+
+}  // namespace wavelock::command

@@ -1,0 +1,95 @@
+#include "cli/output.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+#include "cli/complaint.h"
+#include "cli/terminal.h"
+
+namespace wavelock::command {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kBufferBytes = 256 * 1024;
+
+std::string SystemText(int error) {
+  return std::generic_category().message(error);
+}
+
+// Devices and pipes have nothing to lose.
+bool IsRegularFile(const std::string& path) {
+  std::error_code error;
+  return fs::is_regular_file(path, error);
+}
+
+bool IsSameFile(const std::string& a, const std::string& b) {
+  std::error_code error;
+  return fs::equivalent(a, b, error);
+}
+
+std::FILE* OpenNamed(const std::string& path, bool force) {
+  const bool overwrites = force || (fs::exists(path) && !IsRegularFile(path));
+  std::FILE* const stream = std::fopen(path.c_str(), overwrites ? "wb" : "wbx");
+  if (stream == nullptr) {
+    Complain(path, errno == EEXIST ? "The file exists. With --force it is overwritten." : SystemText(errno));
+  }
+  return stream;
+}
+
+}  // namespace
+
+void OutputOptions::AddTo(CLI::App& parser) {
+  parser.add_option("-o,--output", path, "Write to this file instead of standard output");
+  parser.add_flag("--force", force, "Overwrite a file that exists");
+}
+
+std::unique_ptr<Output> Output::Open(const OutputOptions& options, const std::string& input) {
+  const bool isNamed = !options.path.empty() && options.path != "-";
+  if (isNamed && IsSameFile(options.path, input)) {
+    Complain(options.path, "The output would overwrite the recording that it comes from.");
+    return nullptr;
+  }
+  std::FILE* const stream = isNamed ? OpenNamed(options.path, options.force) : stdout;
+  if (stream == nullptr) return nullptr;
+  std::setvbuf(stream, nullptr, _IOFBF, kBufferBytes);
+  return std::unique_ptr<Output>(new Output(stream, isNamed ? options.path : std::string()));
+}
+
+Output::~Output() {
+  if (IsStandardOutput()) return;
+  std::fclose(stream_);
+  std::error_code error;
+  if (!isFinished_ && IsRegularFile(path_)) fs::remove(path_, error);
+}
+
+bool Output::Write(std::string_view bytes) {
+  if (hasFailed_) return false;
+  if (bytes.empty() || std::fwrite(bytes.data(), bytes.size(), 1, stream_) == 1) return true;
+  return NoteFailure();
+}
+
+bool Output::Write(std::span<const std::byte> bytes) {
+  return Write(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+}
+
+bool Output::Finish() {
+  if (!hasFailed_ && std::fflush(stream_) != 0) NoteFailure();
+  isFinished_ = !hasFailed_;
+  return isFinished_ || readerIsGone_;
+}
+
+bool Output::NoteFailure() {
+  const int error = errno;
+  hasFailed_ = true;
+  readerIsGone_ = error == EPIPE;
+  if (!readerIsGone_) Complain(IsStandardOutput() ? "standard output" : path_, SystemText(error));
+  return false;
+}
+
+bool Output::IsTerminal() const {
+  return command::IsTerminal(stream_);
+}
+
+}  // namespace wavelock::command

@@ -1,0 +1,58 @@
+// Where data goes: standard output, or a file that is not overwritten by accident.
+#pragma once
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <cstddef>
+#include <cstdio>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace wavelock::command {
+
+struct OutputOptions {
+  std::string path{};  // empty or "-": standard output
+  bool force = false;
+
+  void AddTo(CLI::App& parser);
+};
+
+class Output {
+ public:
+  // Null when the file cannot be made, stands there already and `force` is not set, or is `input` itself;
+  // standard error then says why.
+  static std::unique_ptr<Output> Open(const OutputOptions& options, const std::string& input);
+
+  // A file that was not finished is removed.
+  ~Output();
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+
+  // False when nothing more can be written. The first failure is said on standard error, unless it is that
+  // the reader of a pipe has gone: see ReaderIsGone.
+  bool Write(std::string_view bytes);
+  bool Write(std::span<const std::byte> bytes);
+
+  // Brings everything out. True also for a reader that has gone: it had what it wanted.
+  [[nodiscard]] bool Finish();
+
+  bool ReaderIsGone() const { return readerIsGone_; }
+  bool IsTerminal() const;
+
+ private:
+  Output(std::FILE* stream, std::string path) : stream_(stream), path_(std::move(path)) {}
+
+  bool NoteFailure();
+  bool IsStandardOutput() const { return path_.empty(); }
+
+  std::FILE* stream_;
+  const std::string path_;
+  bool hasFailed_ = false;
+  bool readerIsGone_ = false;
+  bool isFinished_ = false;
+};
+
+}  // namespace wavelock::command

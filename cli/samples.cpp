@@ -1,0 +1,112 @@
+// wavelock samples: continuous samples as a table.
+#include <fmt/format.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/channel_choice.h"
+#include "cli/complaint.h"
+#include "cli/input_recording.h"
+#include "cli/options.h"
+#include "cli/progress.h"
+#include "cli/sample_stream.h"
+#include "cli/sample_writer.h"
+#include "cli/subcommands.h"
+
+namespace wavelock::command {
+namespace {
+
+constexpr char kExamples[] =
+    "Examples:\n"
+    "  wavelock samples night.rec > night.csv\n"
+    "  wavelock samples night.rec --channels Fz,Cz,7 --from 5000 --to 10000\n"
+    "  wavelock samples night.rec --format npy -o night.npy\n"
+    "  wavelock samples night.rec --raw --format bin | sha256sum\n";
+
+const Choices<TableFormat> kFormats = {
+    {"csv", TableFormat::kCsv}, {"npy", TableFormat::kNpy}, {"bin", TableFormat::kBin}};
+
+struct Options {
+  std::string path{};
+  std::uint64_t from = 0;
+  std::optional<std::uint64_t> to{};
+  bool raw = false;
+  std::vector<std::string> channels{};
+  TableFormat format = TableFormat::kCsv;
+  OutputOptions output{};
+};
+
+ValueType TypeOf(const CRecordingFile& recording, bool raw) {
+  if (!raw) return ValueType::kFloat32;
+  return recording.sampleWidth == 2 ? ValueType::kInt16 : ValueType::kInt32;
+}
+
+std::vector<std::string> LabelsOf(const CSetup& setup, const std::vector<std::size_t>& chosen) {
+  std::vector<std::string> labels;
+  for (const std::size_t index : chosen) labels.emplace_back(setup.channels[index].label.View());
+  return labels;
+}
+
+// Nothing, with a complaint, for a range that does not lie in the recording.
+std::optional<SampleRange> RangeOf(InputRecording& input, const Options& options) {
+  const std::uint64_t count = CountSamples(*input);
+  const SampleRange range{options.from, options.to.value_or(count)};
+  if (range.from <= range.to && range.to <= count) return range;
+  Complain(input.Path(),
+           fmt::format("The recording has samples 0 to {}; --from {} --to {} does not lie in it.", count,
+                       range.from, range.to));
+  return std::nullopt;
+}
+
+ExitCode WriteSamples(InputRecording& input, const Options& options, SampleRange range,
+                      const std::vector<std::size_t>& chosen) {
+  const auto output = Output::Open(options.output, input.Path());
+  if (!output) return kFailed;
+  SampleWriter writer(*output, options.format, TypeOf(*input, options.raw),
+                      input->rawHeader.header.channelCount, chosen);
+  Progress progress(input.Path(), range.Count(), *output);
+  const auto take = [&](std::span<const std::byte> block, std::uint64_t samples) {
+    progress.Advance(samples);
+    return writer.WriteBlock(block);
+  };
+  writer.WriteHead(range.Count(), LabelsOf(*input->GetSetup(), chosen));
+  if (StreamSamples(*input, range, options.raw, take) == StreamEnd::kUnreadable) {
+    Complain(input.Path(), "The samples cannot be read to their end.");
+    return kFailed;
+  }
+  return output->Finish() ? kDone : kFailed;
+}
+
+ExitCode Run(const Options& options) {
+  const auto input = InputRecording::Open(options.path);
+  if (!input || !input->RequireContinuous()) return kFailed;
+  std::string why;
+  const auto chosen = ChooseChannels(*(*input)->GetSetup(), options.channels, why);
+  if (!chosen) {
+    Complain(options.path, why);
+    return kUsage;
+  }
+  const auto range = RangeOf(*input, options);
+  if (!range) return kUsage;
+  return WriteSamples(*input, options, *range, *chosen);
+}
+
+}  // namespace
+
+Subcommand MakeSamples(CLI::App& program) {
+  CLI::App* const parser = program.add_subcommand(
+      "samples", "Continuous samples as a table: a row for each sample, a column for each channel");
+  const auto options = std::make_shared<Options>();
+  AddFile(*parser, options->path);
+  AddCount(*parser, "--from", options->from, "First sample, counted from 0");
+  AddCount(*parser, "--to", options->to, "The sample behind the last one");
+  parser->add_flag("--raw", options->raw, "Integers as stored instead of microvolts");
+  AddList(*parser, "--channels", options->channels, "Labels, or numbers from 1 on");
+  AddChoice(*parser, "--format", options->format, kFormats, "csv if nothing is said");
+  options->output.AddTo(*parser);
+  parser->footer(kExamples);
+  return {parser, [options] { return Run(*options); }};
+}
+
+}  // namespace wavelock::command

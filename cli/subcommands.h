@@ -1,0 +1,18 @@
+// Every subcommand: its maker, found in the file of its name, and its place in the help.
+#pragma once
+
+#include "cli/subcommand.h"
+
+namespace wavelock::command {
+
+MakeSubcommand MakeEvents;
+MakeSubcommand MakeInfo;
+MakeSubcommand MakeSamples;
+
+inline constexpr MakeSubcommand* kSubcommands[] = {
+    MakeInfo,
+    MakeSamples,
+    MakeEvents,
+};
+
+}  // namespace wavelock::command
