@@ -34,8 +34,15 @@ std::span<const std::byte> BytesOfArray(const T& array) {
 json Value(std::int32_t value) {
   return value;
 }
+json Value(std::uint32_t value) {
+  return value;
+}
 json Value(float value) {
   return Number(value);
+}
+template <class T>
+json Value(Stored<T> value) {
+  return Value(T{value});
 }
 json Value(const std::string& text) {
   return Latin1ToUtf8(text);
@@ -99,6 +106,78 @@ json Event(const EventRecord& event) {
           {"segmentClass", event.SegmentClass()},
           {"point", std::uint32_t{event.point}},
           {"extra", Hexadecimal(extra)}};
+}
+
+json Marker(const CMarker& marker) {
+  return {{"labelMode", marker.labelMode},
+          {"locked", marker.locked},
+          {"colour", marker.colour},
+          {"attributeA", marker.attributeA},
+          {"attributeB", marker.attributeB},
+          {"attributeC", marker.attributeC},
+          {"attributeD", marker.attributeD},
+          {"transient", marker.transient},
+          {"firstValue", Number(marker.firstValue)},
+          {"timeMs", Number(marker.timeMs)},
+          {"sampleIndex", marker.sampleIndex},
+          {"secondValue", Number(marker.secondValue)},
+          {"channel", marker.channel},
+          {"epoch", marker.epoch},
+          {"text", Latin1ToUtf8(marker.text)},
+          {"name", Latin1ToUtf8(marker.name)}};
+}
+
+json Markers(const CMarkerList& list) {
+  json markers = json::array();
+  for (std::int32_t i = 0; i < list.GetCount(); ++i) markers.push_back(Marker(*list.GetAt(i)));
+  return markers;
+}
+
+json Labels(const CLabelList& list) {
+  json labels = json::array();
+  for (const LabelEntry& label : list.Entries()) {
+    labels.push_back({{"text", Latin1ToUtf8(label.text)}, {"value", label.value}});
+  }
+  return labels;
+}
+
+// ---- corrections
+
+json Parameters(const OverlayParameters& params) {
+  return {{"storedValue0", Value(params.storedValue0)},   {"storedWord1", Value(params.storedWord1)},
+          {"storedValue2", Value(params.storedValue2)},   {"storedValue3", Value(params.storedValue3)},
+          {"storedValue4", Value(params.storedValue4)},   {"sampleShift", Value(params.sampleShift)},
+          {"storedWords6", Value(params.storedWords6)},   {"storedValue11", Value(params.storedValue11)},
+          {"storedValue12", Value(params.storedValue12)}, {"polyOrder", Value(params.polyOrder)},
+          {"polyChannels", Value(params.polyChannels)},   {"alwaysSave", Value(params.alwaysSave)},
+          {"storedWords16", Value(params.storedWords16)}};
+}
+
+json Row(const OverlayRow& row) {
+  constexpr std::size_t kShownChannels = 16;
+  json first = json::array();
+  for (std::size_t c = 0; c < kShownChannels; ++c) first.push_back(Value(row.channelValue[c]));
+  return {{"startSample", Value(row.startSample)},
+          {"first16", std::move(first)},
+          {"sha256", Sha256(BytesOf(row))}};
+}
+
+json Segment(const OverlaySegment& segment) {
+  json coefficients = json::array();
+  for (const double value : segment.coefficients.Elements()) coefficients.push_back(Number(value));
+  return {{"firstSample", segment.firstSample},
+          {"endSample", segment.endSample},
+          {"id", segment.id},
+          {"coefficients", std::move(coefficients)}};
+}
+
+json Overlay(const CCorrectionOverlay& overlay) {
+  json rows = json::array();
+  json segments = json::array();
+  for (const OverlayRow& row : overlay.Rows()) rows.push_back(Row(row));
+  for (const auto& segment : overlay.Segments()) segments.push_back(Segment(*segment));
+  return {
+      {"params", Parameters(overlay.params)}, {"rows", std::move(rows)}, {"segments", std::move(segments)}};
 }
 
 }  // namespace
@@ -211,6 +290,9 @@ void AddState(CRecordingFile& recording, json& answer) {
   for (const EventRecord& event : events.first(std::min(events.size(), kShownEvents))) {
     answer["events"].push_back(Event(event));
   }
+  answer["markers"] = Markers(recording.markerList);
+  answer["labels"] = Labels(recording.labelList);
+  answer["overlay"] = Overlay(recording.overlay);
   if (events.size() > kShownEvents) answer["eventsSha256"] = Sha256(std::as_bytes(events));
 }
 

@@ -4,11 +4,14 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <new>
 #include <span>
 #include <type_traits>
 #include <utility>
+
+#include "wavelock/platform/archive.h"
 
 namespace wavelock {
 
@@ -26,7 +29,7 @@ class TypedArray {
       Free();
       return true;
     }
-    if (size > capacity_ && !Reserve(elements_ ? std::max(size, GrownCapacity()) : size)) return false;
+    if (size > capacity_ && !Reallocate(elements_ ? std::max(size, GrownCapacity()) : size)) return false;
     if (size > size_) std::memset(static_cast<void*>(elements_.get() + size_), 0, Bytes(size - size_));
     size_ = size;
     return true;
@@ -37,6 +40,24 @@ class TypedArray {
     if (!SetSize(size_ + 1)) return false;
     elements_[static_cast<std::size_t>(size_ - 1)] = copy;
     return true;
+  }
+
+  // Makes room for that many elements. False when memory ran out: the array is then as it was.
+  bool Reserve(std::int32_t capacity) { return capacity <= capacity_ || Reallocate(capacity); }
+
+  // Stores or loads the number of elements and then their bytes as they lie in memory. False when the archive
+  // failed; an array that was to be loaded is then as it was.
+  bool Serialize(Archive& archive) {
+    auto count = static_cast<std::uint32_t>(size_);
+    archive.Count(count, sizeof(Element));
+    if (archive.HasFailed()) return false;
+    constexpr std::uint32_t kMost = std::numeric_limits<std::int32_t>::max();
+    if (count > kMost || !SetSize(static_cast<std::int32_t>(count))) {
+      archive.Fail();
+      return false;
+    }
+    archive.Bytes(std::as_writable_bytes(Elements()));
+    return !archive.HasFailed();
   }
 
   std::int32_t Size() const { return size_; }
@@ -55,7 +76,7 @@ class TypedArray {
     return capacity_ + step;
   }
 
-  bool Reserve(std::int32_t capacity) {
+  bool Reallocate(std::int32_t capacity) {
     std::unique_ptr<Element[]> grown(new (std::nothrow) Element[static_cast<std::size_t>(capacity)]);
     if (!grown) return false;
     if (size_ > 0) std::memcpy(static_cast<void*>(grown.get()), elements_.get(), Bytes(size_));

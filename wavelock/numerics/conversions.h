@@ -1,6 +1,7 @@
 // Conversions between kinds of numbers that are defined for every value, whatever a file holds.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -20,6 +21,15 @@ constexpr Integer Truncate(double value) {
 
 constexpr std::int32_t TruncateToInt32(double value) {
   return Truncate<std::int32_t>(value);
+}
+
+// Toward zero, and of that integer, however large it is, the low 32 bits. NaN and infinities give 0.
+inline std::uint32_t TruncateAndWrap(double value) {
+  constexpr double kAbove = 9223372036854775808.0;  // the first one above 64 bits with a sign
+  constexpr double kWrap = 4294967296.0;
+  if (!std::isfinite(value)) return 0;
+  const double held = std::fabs(value) < kAbove ? value : std::fmod(value, kWrap);
+  return static_cast<std::uint32_t>(static_cast<std::int64_t>(held));
 }
 
 // The low 32 bits as a signed number.

@@ -22,6 +22,9 @@ class Stored {
  public:
   using Value = T;
 
+  Stored() = default;
+  explicit Stored(T value) { *this = value; }
+
   operator T() const {
     T value;
     std::memcpy(&value, bytes_, sizeof value);

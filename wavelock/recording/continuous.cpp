@@ -6,6 +6,7 @@
 
 #include "wavelock/numerics/positions.h"
 #include "wavelock/recording/deinterleave.h"
+#include "wavelock/recording/overlay_pass.h"
 #include "wavelock/recording/recording_file.h"
 #include "wavelock/recording/sample_conversion.h"
 
@@ -82,16 +83,23 @@ bool CRecordingFile::IsContinuousRange(std::uint64_t start, std::uint64_t end) {
 }
 
 bool CRecordingFile::ReadContinuousRaw(std::uint64_t start, std::uint64_t end, void* out,
-                                       std::int32_t outBytes, int /*skipPolynomials*/, int /*skipRows*/) {
+                                       std::int32_t outBytes, int skipPolynomials, int skipRows) {
   if (!IsContinuousRange(start, end) || out == nullptr || !file) return false;
   const std::uint64_t channels = rawHeader.header.channelCount;
   const auto width = static_cast<std::uint64_t>(sampleWidth);
   if (outBytes < 0) return false;
   const std::optional<std::uint64_t> bytes = CheckedMultiply(channels * width, end - start);
   if (!bytes || *bytes != static_cast<std::uint64_t>(outBytes)) return false;
-  if (rawHeader.header.sampleLayout != kBlocks)
-    return ReadRecords(start, end - start, static_cast<std::byte*>(out));
-  return sampleWidth == 2 && ReadBlocks(start, end, static_cast<std::uint16_t*>(out));
+  const std::span<std::byte> block(static_cast<std::byte*>(out), static_cast<std::size_t>(outBytes));
+  if (!ReadStored(start, end, block)) return false;
+  if (!overlay.HasRows() && !overlay.HasSegments()) return true;
+  const auto corrections = StartCorrections(start, skipPolynomials, skipRows);
+  return corrections && corrections->Apply(block);
+}
+
+bool CRecordingFile::ReadStored(std::uint64_t start, std::uint64_t end, std::span<std::byte> out) {
+  if (rawHeader.header.sampleLayout != kBlocks) return ReadRecords(start, end - start, out.data());
+  return sampleWidth == 2 && ReadBlocks(start, end, reinterpret_cast<std::uint16_t*>(out.data()));
 }
 
 bool CRecordingFile::ReadRecords(std::uint64_t start, std::uint64_t count, std::byte* out) {
@@ -230,15 +238,21 @@ bool CRecordingFile::ReadContinuousFloat(std::uint64_t start, std::uint64_t end,
   if (setup->channelCount != static_cast<std::int32_t>(channels)) return false;
   if (*values * width > std::numeric_limits<std::int32_t>::max()) return false;
 
+  // The pieces are read as they are stored, and corrected in one pass over all of them.
+  std::unique_ptr<OverlayPass> corrections;
+  if (overlay.HasRows() || overlay.HasSegments()) {
+    corrections = StartCorrections(start, skipPolynomials, skipRows);
+    if (!corrections) return false;
+  }
+  constexpr int kSkip = 1;
   while (start < end) {
     const std::uint64_t pieceEnd = std::min(end, EndOfPiece(start));
     const auto samples = static_cast<std::uint32_t>(pieceEnd - start);
     const std::span<std::byte> raw = rawBuffer_.Take(static_cast<std::size_t>(samples * channels * width));
     if (raw.empty()) return false;
-    if (!ReadContinuousRaw(start, pieceEnd, raw.data(), static_cast<std::int32_t>(raw.size()),
-                           skipPolynomials, skipRows)) {
+    if (!ReadContinuousRaw(start, pieceEnd, raw.data(), static_cast<std::int32_t>(raw.size()), kSkip, kSkip))
       return false;
-    }
+    if (corrections && !corrections->Apply(raw)) return false;
     if (width == 2) {
       RawToFloat16(reinterpret_cast<const std::int16_t*>(raw.data()), out, samples, *setup);
     } else {

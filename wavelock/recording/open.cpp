@@ -5,6 +5,7 @@
 #include "wavelock/prompts/messages.h"
 #include "wavelock/prompts/prompts.h"
 #include "wavelock/recording/recording_file.h"
+#include "wavelock/setup/tff_file.h"
 
 namespace wavelock {
 namespace {
@@ -24,10 +25,32 @@ int WidthOf(const CSetup& setup) {
   return setup.wideSamples != 0 ? 4 : 2;
 }
 
+// The first revision with a tail, and the one whose tail is not to be trusted.
+constexpr int kFirstRevisionWithTail = 14;
+constexpr int kModifiedRevision = 15;
+
+bool HasTail(const CRecordingFile& recording) {
+  const auto low = static_cast<std::int32_t>(std::uint32_t{recording.rawHeader.header.tailPositionLow});
+  return recording.headerRevision >= kFirstRevisionWithTail &&
+         recording.headerRevision != kModifiedRevision && (low > 0 || recording.largeFile != 0);
+}
+
+// The high word counts in files of 1 GiB and more.
+std::uint64_t TailPosition(const CRecordingFile& recording) {
+  constexpr std::uint64_t kHighWordCounts = 0x40000000;
+  const RecordingHeader& header = recording.rawHeader.header;
+  const std::uint64_t high = recording.fileSize >= kHighWordCounts ? header.tailPositionHigh : 0;
+  return (high << 32) | header.tailPositionLow;
+}
+
 }  // namespace
 
 CRecordingFile::CRecordingFile(int silentFlag, Host& hostServices)
-    : silent(silentFlag), setup(std::make_unique<CSetup>(hostServices)), host(hostServices) {
+    : markerList(hostServices),
+      silent(silentFlag),
+      setup(std::make_unique<CSetup>(hostServices)),
+      overlay(hostServices),
+      host(hostServices) {
   setup->ResetToDefaults();
 }
 
@@ -53,6 +76,7 @@ bool CRecordingFile::OpenFile(std::string path) {
     CloseFile();
     return false;
   }
+  markerList.TimesToSamples(*setup);
   return true;
 }
 
@@ -65,6 +89,10 @@ bool CRecordingFile::ReadFileHead() {
   fileSize = file->Size().value_or(0);
   largeFile = fileSize >= kLargeFileSize ? 1 : 0;
   const int fileClass = GetFileClass(&rawHeader);
+  if (HasTail(*this)) {
+    CTffFile tail(*file, TailPosition(*this));
+    ReadAnnotations(tail, fileClass);
+  }
   sampleWidth = WidthOf(*setup);
   if (fileClass == kContinuous && !ReadEvents())
     ReportMessage(NumberedMessage(MessageNumber::kEventsNotRead));

@@ -5,6 +5,7 @@
 //   the block at the start            header_block.cpp, header_revisions.cpp, oldest_header.cpp
 //   what the file holds               classification.cpp
 //   header to setup                   translation.cpp
+//   markers, corrections, labels      annotations.cpp, overlay_pass.cpp
 //   continuous samples                continuous.cpp, deinterleave.cpp, sample_conversion.cpp
 //   events                            events.cpp
 //   epochs                            epochs.cpp
@@ -20,7 +21,10 @@
 #include <string>
 #include <string_view>
 
+#include "wavelock/annotations/correction_overlay.h"
 #include "wavelock/annotations/event_group.h"
+#include "wavelock/annotations/label_list.h"
+#include "wavelock/annotations/marker_list.h"
 #include "wavelock/numerics/work_buffer.h"
 #include "wavelock/platform/host.h"
 #include "wavelock/recording/recording_header.h"
@@ -29,6 +33,7 @@
 namespace wavelock {
 
 struct BlockShape;
+class OverlayPass;
 
 // Values of `dataKind`, as GetFileClass and GetAcquisitionKind give them.
 enum DataKind : int {
@@ -95,8 +100,9 @@ class CRecordingFile {
 
   // Samples `start` up to, not including, `end`, sample-major: all channels of the first, then of the next.
   // `outBytes` is exactly what they need: 4 bytes a value for microvolts, `sampleWidth` for stored integers.
-  // False, with `out` undefined, for any other size, an empty or impossible range, another kind of file, or a
-  // file that ends before the samples do.
+  // Corrections are laid over them, except for the kind that a flag that is not 0 skips.
+  // False, with `out` undefined, for any other size, an empty or impossible range, another kind of file, a
+  // file that ends before the samples do, or a sample between the segments of its corrections.
   virtual bool ReadContinuousFloat(std::uint64_t start, std::uint64_t end, float* out, std::uint32_t outBytes,
                                    int skipPolynomials, int skipRows);
   virtual bool ReadContinuousRaw(std::uint64_t start, std::uint64_t end, void* out, std::int32_t outBytes,
@@ -131,12 +137,14 @@ class CRecordingFile {
 
   // ---- state, open to the classes of the system
 
-  int sampleWidth = 2;              // bytes of one stored sample: 2 or 4
+  int sampleWidth = 2;  // bytes of one stored sample: 2 or 4
+  CMarkerList markerList;
   int kindPromptDone = 0;           // the file's name has been looked at since the open
   int pendingConversionNotice = 0;  // a value was limited when it was stored
-  int applyRows = 1;
+  int applyRows = 1;                // 0 leaves out that kind of correction in every read
   int applyPolynomials = 1;
   int silent;
+  CLabelList labelList;
   std::string fileName;  // without its folder
   std::string filePath;
   int largeFile = 0;           // 1 for files of 2 GiB and more
@@ -147,6 +155,7 @@ class CRecordingFile {
   int dataStart = -1;     // file position of the first sample
   int headerRevision = -1;
   HeaderImage rawHeader{};  // the block at the start, in its current form
+  CCorrectionOverlay overlay;
   std::unique_ptr<File> file;
 
  protected:
@@ -162,8 +171,12 @@ class CRecordingFile {
 
   void CheckExtension(HeaderImage* header);
 
+  void ReadAnnotations(CTffFile& tail, int fileClass);
+  std::unique_ptr<OverlayPass> StartCorrections(std::uint64_t start, int skipPolynomials, int skipRows);
+
   std::uint64_t ReadEventTablePosition() const;
   bool IsContinuousRange(std::uint64_t start, std::uint64_t end);
+  bool ReadStored(std::uint64_t start, std::uint64_t end, std::span<std::byte> out);
   bool ReadRecords(std::uint64_t start, std::uint64_t count, std::byte* out);
   bool ReadBlocks(std::uint64_t start, std::uint64_t end, std::uint16_t* out);
   bool ReadWholeBlocks(const BlockShape& shape, std::uint64_t position, std::uint64_t blocks,

@@ -1,0 +1,267 @@
+#include "wavelock/recording/overlay_pass.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <new>
+#include <type_traits>
+#include <vector>
+
+#include "wavelock/numerics/conversions.h"
+
+namespace wavelock {
+namespace {
+
+// Counts of one unit at calibration 1. The number is a single, all else is worked out in doubles.
+constexpr double kCountsPerUnit = 204.8F;
+
+// Bytes that are corrected at a time, little enough to stay in the cache between rows and polynomials.
+constexpr std::size_t kBytesAtOnce = 64 * 1024;
+
+std::vector<double> CalibrationsOf(std::span<const ChannelRecord> channels) {
+  std::vector<double> calibrations;
+  calibrations.reserve(channels.size());
+  for (const ChannelRecord& channel : channels) calibrations.push_back(double{channel.calibration});
+  return calibrations;
+}
+
+// ---- Rows
+
+// What a row adds to the samples of all channels, repeated until the loop over it is worth vectorising.
+template <class Sample>
+class RowTerms {
+ public:
+  explicit RowTerms(std::span<const ChannelRecord> channels)
+      : calibrations_(CalibrationsOf(channels)),
+        counts_(channels.size() * std::max<std::size_t>(1, kWantedLength / channels.size())) {}
+
+  void Take(const CCorrectionOverlay& overlay, std::uint32_t row) {
+    const std::size_t channels = calibrations_.size();
+    for (std::uint32_t c = 0; c < channels; ++c) {
+      const double value = overlay.GetRowValue(static_cast<std::int32_t>(row - 1), c);
+      counts_[c] = static_cast<Count>(TruncateAndWrap(value * kCountsPerUnit / calibrations_[c]));
+    }
+    for (std::size_t i = channels; i < counts_.size(); ++i) counts_[i] = counts_[i - channels];
+  }
+
+  void AddTo(Sample* samples, std::size_t values) const {
+    for (; values > 0;) {
+      const std::size_t part = std::min(values, counts_.size());
+      Add(samples, counts_.data(), part);
+      samples += part;
+      values -= part;
+    }
+  }
+
+ private:
+  using Count = std::make_unsigned_t<Sample>;
+  static constexpr std::size_t kWantedLength = 128;
+
+  static void Add(Sample* __restrict samples, const Count* __restrict counts, std::size_t values) {
+    for (std::size_t i = 0; i < values; ++i) {
+      samples[i] = static_cast<Sample>(static_cast<Count>(static_cast<Count>(samples[i]) + counts[i]));
+    }
+  }
+
+  std::vector<double> calibrations_;
+  std::vector<Count> counts_;
+};
+
+// ---- Polynomials
+
+// Channels whose sums are kept in registers while all powers are added up.
+constexpr std::size_t kLanes = 8;
+
+// The polynomials of one segment, with the channels filled up to whole groups of lanes.
+class PolynomialTerms {
+ public:
+  explicit PolynomialTerms(std::span<const ChannelRecord> channels)
+      : channels_(channels.size()),
+        stride_((channels.size() + kLanes - 1) / kLanes * kLanes),
+        calibrations_(CalibrationsOf(channels)),
+        counts_(stride_) {
+    calibrations_.resize(stride_, 1.0);
+  }
+
+  void Take(const CPolyEvaluator& evaluator) {
+    const std::span<const double> from = evaluator.Coefficients();
+    const auto outputs = static_cast<std::size_t>(std::max(evaluator.OutputCount(), 1));
+    powers_.assign(from.size() / outputs, 0.0);
+    coefficients_.assign(powers_.size() * stride_, 0.0);
+    for (std::size_t c = 0; c < powers_.size(); ++c) {
+      std::copy_n(from.data() + c * outputs, std::min(outputs, channels_),
+                  coefficients_.data() + c * stride_);
+    }
+    fitsInt32_ = FitsInt32();
+  }
+
+  bool AreZero() const { return powers_.empty(); }
+
+  // Subtracts the polynomials from one sample of all channels, at `t` of their axis.
+  template <class Sample>
+  void SubtractFrom(Sample* sample, double t) {
+    double power = 1.0;
+    for (double& kept : powers_) {
+      kept = power;
+      power *= t;
+    }
+    if (fitsInt32_) {
+      WorkOut([](double quotient) { return static_cast<std::int32_t>(quotient); });
+    } else {
+      WorkOut([](double quotient) { return static_cast<std::int32_t>(TruncateAndWrap(quotient)); });
+    }
+    AddCounts(sample, counts_.data(), channels_);
+  }
+
+ private:
+  // True when no value of any channel, nor the single that it is rounded to, leaves the range of a plain
+  // conversion anywhere on the axis, whose ends are at 100.
+  bool FitsInt32() const {
+    constexpr double kBeyondAxis = 101.0;
+    constexpr double kMostCounts = 2147483000.0;
+    constexpr double kMostSingle = std::numeric_limits<float>::max() / 2;
+    for (std::size_t k = 0; k < stride_; ++k) {
+      double most = 0;
+      double power = 1.0;
+      for (std::size_t c = 0; c < powers_.size(); ++c) {
+        most += power * std::fabs(coefficients_[c * stride_ + k]);
+        power *= kBeyondAxis;
+      }
+      const double counts = most * kCountsPerUnit / std::fabs(calibrations_[k]);
+      if (!(most < kMostSingle && counts < kMostCounts)) return false;
+    }
+    return true;
+  }
+
+  // Sums run from the lowest power to the highest, which decides how they are rounded.
+  template <class ToCount>
+  void WorkOut(ToCount toCount) {
+    const double* const coefficients = coefficients_.data();
+    const double* const calibrations = calibrations_.data();
+    std::int32_t* const counts = counts_.data();
+    for (std::size_t first = 0; first < stride_; first += kLanes) {
+      double sums[kLanes] = {};
+      const double* row = coefficients + first;
+      for (const double power : powers_) {
+        for (std::size_t lane = 0; lane < kLanes; ++lane) sums[lane] += power * row[lane];
+        row += stride_;
+      }
+      for (std::size_t lane = 0; lane < kLanes; ++lane) {
+        const double value = static_cast<float>(sums[lane]);
+        counts[first + lane] = toCount(value * -kCountsPerUnit / calibrations[first + lane]);
+      }
+    }
+  }
+
+  template <class Sample>
+  static void AddCounts(Sample* __restrict sample, const std::int32_t* __restrict counts,
+                        std::size_t channels) {
+    using Count = std::make_unsigned_t<Sample>;
+    for (std::size_t c = 0; c < channels; ++c) {
+      sample[c] = static_cast<Sample>(
+          static_cast<Count>(static_cast<Count>(sample[c]) + static_cast<Count>(counts[c])));
+    }
+  }
+
+  std::size_t channels_;
+  std::size_t stride_;
+  std::vector<double> calibrations_;
+  std::vector<double> coefficients_;  // by power, then by channel
+  std::vector<double> powers_;
+  std::vector<std::int32_t> counts_;
+  bool fitsInt32_ = false;
+};
+
+// ---- The walk
+
+template <class Sample>
+class OverlayWalk : public OverlayPass {
+ public:
+  OverlayWalk(CCorrectionOverlay& overlay, std::span<const ChannelRecord> channels, std::uint64_t start,
+              OverlaySwitches switches)
+      : overlay_(overlay),
+        channels_(channels.size()),
+        position_(static_cast<std::uint32_t>(start)),
+        hasRows_(switches.rows && overlay.HasRows()),
+        hasPolynomials_(switches.polynomials && overlay.HasSegments()),
+        rowTerms_(channels),
+        polynomialTerms_(channels) {}
+
+  bool Apply(std::span<std::byte> bytes) override {
+    auto* samples = reinterpret_cast<Sample*>(bytes.data());
+    const std::size_t sampleBytes = channels_ * sizeof(Sample);
+    const std::size_t most = std::max<std::size_t>(1, kBytesAtOnce / sampleBytes);
+    for (std::size_t left = bytes.size() / sampleBytes; left > 0;) {
+      std::uint64_t run = std::min(left, most);
+      try {
+        if (hasPolynomials_ && !EnterSegment(run)) return false;
+        if (hasRows_) EnterRow(run);
+      } catch (const std::bad_alloc&) {
+        return false;
+      }
+      Correct(samples, static_cast<std::size_t>(run));
+      samples += run * channels_;
+      left -= static_cast<std::size_t>(run);
+      position_ += static_cast<std::uint32_t>(run);
+    }
+    return true;
+  }
+
+ private:
+  // Both cut `run` to the samples that share what is entered.
+  bool EnterSegment(std::uint64_t& run) {
+    const OverlaySegment* const segment = overlay_.EnterSegment(position_);
+    if (segment == nullptr) return false;
+    if (segment != segment_) polynomialTerms_.Take(overlay_.Evaluator());
+    segment_ = segment;
+    run = std::min<std::uint64_t>(run, segment->endSample - position_);
+    return true;
+  }
+
+  // A sample before all rows goes on with the row of the sample before it.
+  void EnterRow(std::uint64_t& run) {
+    const std::uint32_t shifted = position_ - static_cast<std::uint32_t>(overlay_.GetSampleShift());
+    const FirstFitMap::Run found = overlay_.FindRowRun(shifted);
+    if (found.index != 0 && found.index != row_) {
+      row_ = found.index;
+      rowTerms_.Take(overlay_, row_);
+    }
+    run = std::min(run, found.end - shifted);
+  }
+
+  void Correct(Sample* samples, std::size_t count) {
+    if (row_ != 0) rowTerms_.AddTo(samples, count * channels_);
+    if (!hasPolynomials_ || polynomialTerms_.AreZero()) return;
+    for (std::size_t i = 0; i < count; ++i) {
+      const std::uint32_t position = position_ + static_cast<std::uint32_t>(i);
+      polynomialTerms_.SubtractFrom(samples + i * channels_, overlay_.Evaluator().Normalised(position));
+    }
+  }
+
+  CCorrectionOverlay& overlay_;
+  const std::size_t channels_;
+  std::uint32_t position_;  // of the next sample; wraps, as all positions in an overlay do
+  const bool hasRows_;
+  const bool hasPolynomials_;
+  std::uint32_t row_ = 0;                    // that holds, counted from 1; 0 for none
+  const OverlaySegment* segment_ = nullptr;  // whose terms are at hand
+  RowTerms<Sample> rowTerms_;
+  PolynomialTerms polynomialTerms_;
+};
+
+}  // namespace
+
+std::unique_ptr<OverlayPass> StartOverlayPass(CCorrectionOverlay& overlay,
+                                              std::span<const ChannelRecord> channels, int sampleWidth,
+                                              std::uint64_t start, OverlaySwitches switches) {
+  if (channels.empty() || !overlay.PrepareLookups()) return nullptr;
+  try {
+    if (sampleWidth == 2)
+      return std::make_unique<OverlayWalk<std::int16_t>>(overlay, channels, start, switches);
+    return std::make_unique<OverlayWalk<std::int32_t>>(overlay, channels, start, switches);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+}  // namespace wavelock
