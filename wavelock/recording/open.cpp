@@ -27,7 +27,7 @@ int WidthOf(const CSetup& setup) {
 }  // namespace
 
 CRecordingFile::CRecordingFile(int silentFlag, Host& hostServices)
-    : silent(silentFlag), setup(std::make_unique<CSetup>(hostServices)), host(hostServices) {
+    : silent(silentFlag), setup(std::make_unique<CSetup>(0, hostServices)), host(hostServices) {
   setup->ResetToDefaults();
 }
 
