@@ -34,6 +34,9 @@ class NamedModalInterface : public ModalInterface {
   void ShowMessage(const ModalText& message) override;
   bool AskYesNo(const ModalText& question) override;
   bool RunDialog(ModalDialog& dialog) override;
+  std::optional<std::string> AskSavePath(const SavePathDialog& dialog) override {
+    return modal_.AskSavePath(dialog);
+  }
   void BeginWaitCursor() override { modal_.BeginWaitCursor(); }
   void EndWaitCursor() override { modal_.EndWaitCursor(); }
 
