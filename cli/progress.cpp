@@ -16,7 +16,7 @@ constexpr int kBarWidth = 30;
 
 }  // namespace
 
-Progress::Progress(std::string what, std::uint64_t total, const Output& output)
+Progress::Progress(std::string_view what, std::uint64_t total, const Output& output)
     : what_(Printable(what)),
       total_(std::max<std::uint64_t>(total, 1)),
       isShown_(IsTerminal(stderr) && !output.IsTerminal()),

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "cli/output.h"
 
@@ -13,7 +14,7 @@ namespace wavelock::command {
 // it goes.
 class Progress {
  public:
-  Progress(std::string what, std::uint64_t total, const Output& output);
+  Progress(std::string_view what, std::uint64_t total, const Output& output);
   ~Progress();
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;

@@ -1,6 +1,8 @@
 // wavelock samples: continuous samples as a table.
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -43,9 +45,17 @@ ValueType TypeOf(const CRecordingFile& recording, bool raw) {
 }
 
 std::vector<std::string> LabelsOf(const CSetup& setup, const std::vector<std::size_t>& chosen) {
-  std::vector<std::string> labels;
-  for (const std::size_t index : chosen) labels.emplace_back(setup.channels[index].label.View());
+  std::vector<std::string> labels(chosen.size());
+  std::transform(chosen.begin(), chosen.end(), labels.begin(),
+                 [&](std::size_t index) { return std::string(setup.channels[index].label.View()); });
   return labels;
+}
+
+// A header that could not be used to its end leaves channels that are not those of the samples.
+bool RequireChannels(InputRecording& input) {
+  if (input->GetSetup()->Channels().size() == input->rawHeader.header.channelCount) return true;
+  Complain(input.Path(), "The header does not tell the channels of the samples.");
+  return false;
 }
 
 // Nothing, with a complaint, for a range that does not lie in the recording.
@@ -54,8 +64,7 @@ std::optional<SampleRange> RangeOf(InputRecording& input, const Options& options
   const SampleRange range{options.from, options.to.value_or(count)};
   if (range.from <= range.to && range.to <= count) return range;
   Complain(input.Path(),
-           fmt::format("The recording has samples 0 to {}; --from {} --to {} does not lie in it.", count,
-                       range.from, range.to));
+           fmt::format("--from {} --to {} does not lie in its {} samples.", range.from, range.to, count));
   return std::nullopt;
 }
 
@@ -80,7 +89,7 @@ ExitCode WriteSamples(InputRecording& input, const Options& options, SampleRange
 
 ExitCode Run(const Options& options) {
   const auto input = InputRecording::Open(options.path);
-  if (!input || !input->RequireContinuous()) return kFailed;
+  if (!input || !input->RequireContinuous() || !RequireChannels(*input)) return kFailed;
   std::string why;
   const auto chosen = ChooseChannels(*(*input)->GetSetup(), options.channels, why);
   if (!chosen) {
