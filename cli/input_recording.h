@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -34,6 +35,9 @@ class NamedModalInterface : public ModalInterface {
   void ShowMessage(const ModalText& message) override;
   bool AskYesNo(const ModalText& question) override;
   bool RunDialog(ModalDialog& dialog) override;
+  std::optional<std::string> AskSavePath(const SavePathDialog& dialog) override {
+    return modal_.AskSavePath(dialog);
+  }
   void BeginWaitCursor() override { modal_.BeginWaitCursor(); }
   void EndWaitCursor() override { modal_.EndWaitCursor(); }
 

@@ -17,6 +17,7 @@ class RecordingUser : public ModalInterface {
   void ShowMessage(const ModalText& message) override;
   bool AskYesNo(const ModalText& question) override;
   bool RunDialog(ModalDialog& dialog) override;
+  std::optional<std::string> AskSavePath(const SavePathDialog&) override { return std::nullopt; }
   void BeginWaitCursor() override {}
   void EndWaitCursor() override {}
 

@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace wavelock {
 namespace {
+
+constexpr char kSavePath[] = "question where to save";
 
 std::string QuestionLabel(int number) {
   return "question " + std::to_string(number);
@@ -19,28 +22,39 @@ ScriptedUser::~ScriptedUser() {
 }
 
 void ScriptedUser::ExpectQuestion(int number, bool yes) {
-  expected_.push_back({QuestionLabel(number), {.accept = yes}});
+  expected_.push_back({QuestionLabel(number), {.accept = yes}, {}});
 }
 
 void ScriptedUser::ExpectDialog(const std::string& name, DialogAnswer answer) {
-  expected_.push_back({name, answer});
+  expected_.push_back({name, answer, {}});
+}
+
+void ScriptedUser::ExpectSavePath(std::optional<std::string> chosen) {
+  expected_.push_back({kSavePath, {}, std::move(chosen)});
 }
 
 bool ScriptedUser::AskYesNo(const ModalText& question) {
   questions.push_back(question);
   const auto answer = Take(QuestionLabel(question.number));
   if (!answer) ADD_FAILURE() << "unexpected question: " << question.text;
-  return answer && answer->accept;
+  return answer && answer->answer.accept;
 }
 
 bool ScriptedUser::RunDialog(ModalDialog& dialog) {
   dialogs.push_back(dialog);
-  const auto answer = Take(dialog.name);
-  if (!answer) ADD_FAILURE() << "unexpected dialog: " << dialog.name;
-  if (!answer || !answer->accept) return false;
-  if (!dialog.choices.empty()) dialog.choice = answer->choice;
-  if (!dialog.checkBox.empty()) dialog.checked = answer->checked;
+  const auto expected = Take(dialog.name);
+  if (!expected) ADD_FAILURE() << "unexpected dialog: " << dialog.name;
+  if (!expected || !expected->answer.accept) return false;
+  if (!dialog.choices.empty()) dialog.choice = expected->answer.choice;
+  if (!dialog.checkBox.empty()) dialog.checked = expected->answer.checked;
   return true;
+}
+
+std::optional<std::string> ScriptedUser::AskSavePath(const SavePathDialog& dialog) {
+  savePaths.push_back(dialog);
+  const auto expected = Take(kSavePath);
+  if (!expected) ADD_FAILURE() << "nobody expected to be asked where to save";
+  return expected ? expected->path : std::nullopt;
 }
 
 void ScriptedUser::BeginWaitCursor() {
@@ -51,11 +65,11 @@ void ScriptedUser::EndWaitCursor() {
   if (--waitCursors < 0) ADD_FAILURE() << "a wait cursor ended that never began";
 }
 
-std::optional<ScriptedUser::DialogAnswer> ScriptedUser::Take(const std::string& what) {
+std::optional<ScriptedUser::Expected> ScriptedUser::Take(const std::string& what) {
   if (expected_.empty() || expected_.front().what != what) return std::nullopt;
-  const DialogAnswer answer = expected_.front().answer;
+  Expected expected = std::move(expected_.front());
   expected_.pop_front();
-  return answer;
+  return expected;
 }
 
 std::vector<int> NumbersOf(const std::vector<ModalText>& texts) {

@@ -22,10 +22,12 @@ class ScriptedUser : public ModalInterface {
   // The number of a question's text, 0 for one without.
   void ExpectQuestion(int number, bool yes);
   void ExpectDialog(const std::string& name, DialogAnswer answer);
+  void ExpectSavePath(std::optional<std::string> chosen);
 
   void ShowMessage(const ModalText& message) override { messages.push_back(message); }
   bool AskYesNo(const ModalText& question) override;
   bool RunDialog(ModalDialog& dialog) override;
+  std::optional<std::string> AskSavePath(const SavePathDialog& dialog) override;
   void BeginWaitCursor() override;
   void EndWaitCursor() override;
 
@@ -33,6 +35,7 @@ class ScriptedUser : public ModalInterface {
   std::vector<ModalText> messages;
   std::vector<ModalText> questions;
   std::vector<ModalDialog> dialogs;
+  std::vector<SavePathDialog> savePaths;
 
   int waitCursors = 0;        // that stand now
   int deepestWaitCursor = 0;  // that ever stood at once
@@ -41,10 +44,11 @@ class ScriptedUser : public ModalInterface {
   struct Expected {
     std::string what;
     DialogAnswer answer;
+    std::optional<std::string> path{};
   };
 
   // What was to come next, if it is this.
-  std::optional<DialogAnswer> Take(const std::string& what);
+  std::optional<Expected> Take(const std::string& what);
 
   std::deque<Expected> expected_;
 };

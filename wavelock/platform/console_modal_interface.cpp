@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <filesystem>
 #include <istream>
 #include <ostream>
 #include <system_error>
@@ -32,14 +33,26 @@ char Lower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-// Without the blanks around it, in lower case.
-std::string Simplified(const std::string& line) {
+std::string WithoutBlanksAround(const std::string& line) {
   constexpr char kBlanks[] = " \t\r";
   const std::size_t first = line.find_first_not_of(kBlanks);
   if (first == std::string::npos) return {};
-  std::string answer = line.substr(first, line.find_last_not_of(kBlanks) - first + 1);
-  std::transform(answer.begin(), answer.end(), answer.begin(), Lower);
-  return answer;
+  return line.substr(first, line.find_last_not_of(kBlanks) - first + 1);
+}
+
+std::string InLowerCase(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), Lower);
+  return text;
+}
+
+std::string WithExtension(std::filesystem::path path, const std::string& extension) {
+  if (!path.has_extension() && !extension.empty()) path.replace_extension(extension);
+  return path.string();
+}
+
+bool Exists(const std::string& path) {
+  std::error_code error;
+  return std::filesystem::exists(path, error);
 }
 
 bool IsOneOf(int choice, const std::vector<std::string>& choices) {
@@ -102,8 +115,27 @@ void ConsoleModalInterface::Say(std::string_view text) {
   words_ << std::string(kSpeaker) + Printable(text) + "\n" << std::flush;
 }
 
+std::optional<std::string> ConsoleModalInterface::AskSavePath(const SavePathDialog& dialog) {
+  const std::lock_guard lock(mutex_);
+  if (!asks_) {
+    Say("Save as: no terminal to ask on: cancelled.");
+    return std::nullopt;
+  }
+  const std::string usual = dialog.initialFolder + dialog.initialFile;
+  const std::string prompt = "Save as, or q to cancel" + (usual.empty() ? ": " : " [" + usual + "]: ");
+  while (const auto answer = ReadLine(prompt)) {
+    if (answer->empty() && dialog.initialFile.empty()) continue;
+    const std::string path = WithExtension(answer->empty() ? usual : *answer, dialog.defaultExtension);
+    if (!Exists(path)) return path;
+    const auto replaces = AskWhether(path + " exists. Replace it?", false);
+    if (!replaces) return std::nullopt;
+    if (*replaces) return path;
+  }
+  return std::nullopt;
+}
+
 // Nothing when the person cancels or the input is at its end.
-std::optional<std::string> ConsoleModalInterface::ReadAnswer(std::string_view prompt) {
+std::optional<std::string> ConsoleModalInterface::ReadLine(std::string_view prompt) {
   words_ << Printable(prompt) << std::flush;
   answers_.clear();  // a terminal can go on after its end was typed
   std::string line;
@@ -111,8 +143,14 @@ std::optional<std::string> ConsoleModalInterface::ReadAnswer(std::string_view pr
     words_ << "\n" << std::flush;
     return std::nullopt;
   }
-  std::string answer = Simplified(line);
-  if (answer == kCancel) return std::nullopt;
+  std::string answer = WithoutBlanksAround(line);
+  if (InLowerCase(answer) == kCancel) return std::nullopt;
+  return answer;
+}
+
+std::optional<std::string> ConsoleModalInterface::ReadAnswer(std::string_view prompt) {
+  auto answer = ReadLine(prompt);
+  if (answer) answer = InLowerCase(*answer);
   return answer;
 }
 

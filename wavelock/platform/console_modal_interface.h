@@ -20,11 +20,13 @@ class ConsoleModalInterface : public ModalInterface {
   void ShowMessage(const ModalText& message) override;
   bool AskYesNo(const ModalText& question) override;
   bool RunDialog(ModalDialog& dialog) override;
+  std::optional<std::string> AskSavePath(const SavePathDialog& dialog) override;
   void BeginWaitCursor() override {}
   void EndWaitCursor() override {}
 
  private:
   void Say(std::string_view text);
+  std::optional<std::string> ReadLine(std::string_view prompt);
   std::optional<std::string> ReadAnswer(std::string_view prompt);
   std::optional<bool> AskWhether(std::string_view prompt, bool usual);
   std::optional<int> AskWhich(const std::vector<std::string>& choices, int usual);

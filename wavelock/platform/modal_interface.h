@@ -3,6 +3,7 @@
 // and asks.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,14 @@ struct ModalDialog {
   bool checked = false;
 };
 
+// A dialog that asks where to save. It offers no read-only files and asks before it names a file that exists.
+struct SavePathDialog {
+  std::string defaultExtension{};  // added to a name without one; without its dot
+  std::string initialFile{};       // a name; empty for none
+  std::string initialFolder{};     // empty for the current one
+  std::string filter{};            // "words|pattern|" for each choice, and a last "|"
+};
+
 class ModalInterface {
  public:
   virtual ~ModalInterface() = default;
@@ -45,6 +54,9 @@ class ModalInterface {
   // Shows the dialog and stores what the person left in `choice` and `checked`. True when it was accepted;
   // after a cancel the fields of `dialog` are as they were.
   virtual bool RunDialog(ModalDialog& dialog) = 0;
+
+  // The path that was chosen, or nothing after a cancel.
+  virtual std::optional<std::string> AskSavePath(const SavePathDialog& dialog) = 0;
 
   // In pairs; they may nest.
   virtual void BeginWaitCursor() = 0;

@@ -10,6 +10,7 @@ class SilentModalInterface : public ModalInterface {
   void ShowMessage(const ModalText&) override {}
   bool AskYesNo(const ModalText&) override { return false; }
   bool RunDialog(ModalDialog&) override { return false; }
+  std::optional<std::string> AskSavePath(const SavePathDialog&) override { return std::nullopt; }
   void BeginWaitCursor() override {}
   void EndWaitCursor() override {}
 };
