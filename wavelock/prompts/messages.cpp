@@ -48,14 +48,17 @@ constexpr std::string_view kInsertionMark = "%s";
 
 }  // namespace
 
+std::string WithInsertion(std::string_view text, std::string_view insertion) {
+  std::string full(text);
+  if (const auto mark = full.find(kInsertionMark); mark != std::string::npos)
+    full.replace(mark, kInsertionMark.size(), insertion);
+  return full;
+}
+
 ModalText NumberedMessage(MessageNumber number, std::string_view insertion) {
   ModalText message{ModalSource::kNumbered, static_cast<int>(number), {}, std::string(insertion)};
   for (const Entry& entry : kMessages) {
-    if (entry.number != number) continue;
-    message.text = entry.text;
-    if (const auto mark = message.text.find(kInsertionMark); mark != std::string::npos) {
-      message.text.replace(mark, kInsertionMark.size(), insertion);
-    }
+    if (entry.number == number) message.text = WithInsertion(entry.text, insertion);
   }
   return message;
 }

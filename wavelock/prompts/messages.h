@@ -31,6 +31,9 @@ enum class MessageNumber : int {
   kNoDataObject = 1779,
 };
 
+// The text with `insertion` in place of its first "%s", if it has one.
+std::string WithInsertion(std::string_view text, std::string_view insertion);
+
 // The message with `insertion` in its place, ready to be shown.
 ModalText NumberedMessage(MessageNumber number, std::string_view insertion = {});
 
