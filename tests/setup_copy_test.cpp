@@ -17,7 +17,7 @@ class SetupCopy : public testing::Test {
   std::unique_ptr<CSetup> Copy() const { return std::make_unique<CSetup>(*setup_); }
 
   TestHost host_;
-  std::unique_ptr<CSetup> setup_ = std::make_unique<CSetup>(host_.host);
+  std::unique_ptr<CSetup> setup_ = std::make_unique<CSetup>(0, host_.host);
 };
 
 TEST_F(SetupCopy, HoldsEveryField) {
@@ -70,7 +70,7 @@ TEST_F(SetupCopy, TakesChannelsOnlyForCountsThatCanBe) {
   }
   setup_->channelCount = 514;
   EXPECT_EQ(Copy()->channels[513].label, "514");
-  EXPECT_FALSE(CSetup(CSetup(host_.host)).channels) << "the source has none";
+  EXPECT_FALSE(CSetup(CSetup(0, host_.host)).channels) << "the source has none";
 }
 
 TEST_F(SetupCopy, OfACopyWithMoreChannelsThanItHasGetsEmptyOnes) {

@@ -14,7 +14,7 @@ namespace {
 class SetupDefaults : public testing::Test {
  protected:
   std::unique_ptr<CSetup> NewSetup() {
-    auto setup = std::make_unique<CSetup>(host_.host);
+    auto setup = std::make_unique<CSetup>(0, host_.host);
     EXPECT_TRUE(setup->ResetToDefaults());
     return setup;
   }
@@ -25,7 +25,7 @@ class SetupDefaults : public testing::Test {
 TEST_F(SetupDefaults, NewSetupHasNoChannelsAndKnowsTheProfile) {
   host_.profile.SetString(profile::kState, profile::kSetupFile, "mine.ast");
   host_.profile.SetString(profile::kInstitution, profile::kOperator, "operator");
-  const auto setup = std::make_unique<CSetup>(host_.host);
+  const auto setup = std::make_unique<CSetup>(0, host_.host);
   EXPECT_FALSE(setup->channels);
   EXPECT_FALSE(setup->channelGroups[2]);
   EXPECT_FALSE(setup->channelsSnapshot);

@@ -30,7 +30,7 @@ class SetupDerivedValues : public testing::Test {
   }
 
   TestHost host_;
-  std::unique_ptr<CSetup> setup_ = std::make_unique<CSetup>(host_.host);
+  std::unique_ptr<CSetup> setup_ = std::make_unique<CSetup>(0, host_.host);
 };
 
 TEST_F(SetupDerivedValues, TimesRoundToFivePlacesAwayFromZero) {
@@ -170,7 +170,7 @@ TEST_F(SetupDerivedValues, PositionsSpreadFromTenUnitsOn) {
   setup_->channels[4].channelFlagC = 0;
   setup_->channelCount = 4;
   EXPECT_FALSE(setup_->PositionsSpread());
-  EXPECT_FALSE(std::make_unique<CSetup>(host_.host)->PositionsSpread());
+  EXPECT_FALSE(std::make_unique<CSetup>(0, host_.host)->PositionsSpread());
 }
 
 TEST_F(SetupDerivedValues, SlotsFollowTheAxis) {

@@ -48,7 +48,7 @@ std::uint64_t TailPosition(const CRecordingFile& recording) {
 CRecordingFile::CRecordingFile(int silentFlag, Host& hostServices)
     : markerList(hostServices),
       silent(silentFlag),
-      setup(std::make_unique<CSetup>(hostServices)),
+      setup(std::make_unique<CSetup>(0, hostServices)),
       overlay(hostServices),
       host(hostServices) {
   setup->ResetToDefaults();

@@ -7,8 +7,6 @@
 namespace wavelock {
 namespace {
 
-constexpr std::string_view kDefaultSetupFile = "default.ast";
-
 void CopyChannels(const ChannelArray& from, std::int32_t count, ChannelArray& to) {
   if (!from || count < 1 || count >= CSetup::channelLimit) return;
   if (!to.Make(count)) throw std::bad_alloc();
@@ -18,10 +16,27 @@ void CopyChannels(const ChannelArray& from, std::int32_t count, ChannelArray& to
 
 }  // namespace
 
-CSetup::CSetup(Host& host)
+CSetup::CSetup(int loadDefault, Host& host)
     : subject(std::make_unique<CSubjectInfo>(host)),
       setupFileName(host.profile.GetString(profile::kState, profile::kSetupFile, kDefaultSetupFile)),
-      host_(&host) {}
+      host_(&host) {
+  if (loadDefault == 0) return;
+  FindAndLoadFile();
+  ForgetRecording();
+}
+
+// What a setup file says about the recording that it was saved from.
+void CSetup::ForgetRecording() {
+  modified = 0;
+  acceptedSweeps = rejectedSweeps = averagedSweeps = 0;
+  hasVariance = 0;
+  mainField8012 = 1;
+  mainField8016 = 255;
+  fromRecording = 0;
+  hasImaginary = 0;
+  mainField8036 = 1;
+  mainField8040 = 1;
+}
 
 CSetup::CSetup(const CSetup& source)
     : SetupFields(source),

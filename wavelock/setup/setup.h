@@ -7,6 +7,9 @@
 //   making, copying        setup.cpp
 //   defaults               defaults.cpp
 //   axes, points and time  derived_values.cpp
+//   sections               load.cpp, write.cpp; section_tables.h: what stands where in each
+//   files                  files.cpp; tff_file.h: the container of the sections
+//   derivation files       derivations.cpp
 //   every field by name    visit_fields.h
 #pragma once
 
@@ -28,14 +31,18 @@
 
 namespace wavelock {
 
+class CTffFile;
+
 // About 150 KB, so it belongs on the heap. Fields are open to the classes of the library.
 class CSetup : public SetupFields {
  public:
   // ----- Making, copying: setup.cpp
 
-  // A setup with the default of every field and no channels. The profile names the setup file and the
-  // institution. Throws std::bad_alloc.
-  explicit CSetup(Host& host = Host::Default());
+  // A setup with the default of every field. The profile names the setup file and the institution. Without
+  // `loadDefault` it has no channels. With it, the setup file is loaded; when that cannot be done, the file
+  // "default.ast" beside the program, which is removed and replaced by the defaults when it cannot be loaded
+  // either. The profile then remembers that file. Throws std::bad_alloc.
+  explicit CSetup(int loadDefault, Host& host = Host::Default());
 
   // An independent setup with `channelCount` channels, a snapshot of them, and `derivedCount` channels in
   // each group; none of them where the source has none or the count is outside 1 to 514. Throws
@@ -107,6 +114,38 @@ class CSetup : public SetupFields {
   // Fits the slots of `waveforms` to an axis in milliseconds.
   void AdjustSlots(float startMs, float endMs, std::int32_t rate);
 
+  // ----- Sections and files: load.cpp, write.cpp, files.cpp
+
+  // Fills the setup from the sections of a container, wherever they stand in it. What a missing or older
+  // section does not hold mostly stays as it was. False without a main section, which changes nothing, or
+  // without all channels, which leaves the setup with those that came. Tells the person about files that a
+  // setup file names and that are not there.
+  bool Load(CTffFile& file);
+
+  // Writes a container at the file's position. Always true: `file` knows whether everything arrived.
+  bool Write(CTffFile& file);
+
+  // The same with the file that setupFileName names.
+  bool LoadFile();
+  // Replaces the file in one step; tells the person when it cannot be written, and leaves it as it was.
+  void SaveFile();
+
+  // Asks the person for a file's name, starting from `name` or, without one, from setupFileName, and saves
+  // there from then on. False when the person cancels.
+  bool SaveAs(const char* name);
+
+  // The same with the tail of a recording: reads it at a position, or writes it where the file stands, which
+  // is that position.
+  bool LoadEmbedded(File& file, std::uint64_t position);
+  bool SaveEmbedded(File& file, std::uint64_t position);
+
+  // Of the running program, with its closing separator.
+  std::string ProgramDirectory() const;
+
+  // The file's name with its extension, and what stands in front of it.
+  static std::string NameOf(std::string_view path);
+  static std::string DirectoryOf(std::string_view path);
+
   // ----- What stands beside the plain fields
 
   ParamsC paramsC{};
@@ -128,6 +167,11 @@ class CSetup : public SetupFields {
   std::string setupFileName{};            // the setup file of this setup
 
  private:
+  static constexpr std::string_view kDefaultSetupFile = "default.ast";
+
+  void FindAndLoadFile();
+  void ForgetRecording();
+
   Host* host_;
 };
 

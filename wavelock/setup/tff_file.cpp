@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
 #include <new>
 #include <numeric>
 #include <utility>
@@ -77,10 +76,19 @@ void CTffFile::SetWideSamples(int on) {
   if (on != 0) header.flags = static_cast<std::uint16_t>(header.flags | kWideSamples);
 }
 
-int CTffFile::WriteHeader() {
+bool CTffFile::HasWideSamples() const {
+  return (header.flags & kWideSamples) != 0;
+}
+
+bool CTffFile::Append(std::span<const std::byte> bytes) {
   isIndexed_ = false;
-  std::memcpy(header.magic.data(), kMagic, sizeof kMagic);
-  return file_ != nullptr && file_->Write(BytesOf(header)) ? static_cast<int>(sizeof header) : 0;
+  const bool done = file_ != nullptr && file_->Write(bytes);
+  if (!done) writeFailed_ = true;
+  return done;
+}
+
+int CTffFile::WriteHeader() {
+  return Append(BytesOf(header)) ? static_cast<int>(sizeof header) : 0;
 }
 
 std::uint32_t CTffFile::ReadHeader() {
@@ -95,15 +103,14 @@ std::uint32_t CTffFile::ReadHeader() {
 
 bool CTffFile::WriteSection(std::uint32_t tag, std::uint32_t length, const void* data,
                             std::uint16_t version) {
-  if (tag == 0 || file_ == nullptr) return false;
-  isIndexed_ = false;
+  if (tag == 0) return false;
   TffRecord record{};
   record.tag = tag;
   record.version = version;
   record.length = length;
   record.lengthAgain = length;
-  if (!file_->Write(BytesOf(record))) return false;
-  return data == nullptr || file_->Write({static_cast<const std::byte*>(data), length});
+  if (!Append(BytesOf(record))) return false;
+  return data == nullptr || Append({static_cast<const std::byte*>(data), length});
 }
 
 std::uint64_t CTffFile::ReadSection(std::uint32_t tag, std::uint64_t& length, void* buffer,
@@ -197,6 +204,10 @@ void CTffFile::BuildIndex() {
 const std::vector<CTffFile::Entry>& CTffFile::Entries() {
   if (file_ != nullptr) BuildIndex();
   return entries_;
+}
+
+bool CTffFile::Flush() {
+  return file_ != nullptr && file_->Flush();
 }
 
 std::uint64_t CTffFile::SeekTo(std::int64_t offset, SeekOrigin origin) {

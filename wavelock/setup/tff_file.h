@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,8 @@ class CTffFile {
   // Sets the bit of wide samples for the header that is written next; never clears it.
   void SetWideSamples(int on);
 
+  bool HasWideSamples() const;
+
   // Writes the container's header at the file's position. Its size, or 0 when the file reports an error.
   int WriteHeader();
 
@@ -61,6 +64,9 @@ class CTffFile {
   // Appends a record at the file's position; without `data` its head alone, for a payload that the caller
   // writes. False for tag 0 or when the file reports an error.
   bool WriteSection(std::uint32_t tag, std::uint32_t length, const void* data, std::uint16_t version);
+
+  // Whether everything written through this object arrived.
+  bool IsWrittenWhole() const { return !writeFailed_; }
 
   // Reads the `occurrence`th record of a tag, counted from 1, wherever it stands. On entry `length` is the
   // room in `buffer`; the first so many bytes of the payload are read, and their number is stored there and
@@ -79,6 +85,9 @@ class CTffFile {
   // `version` of the record that was found last.
   std::uint16_t LastVersion() const { return lastRecord.version; }
 
+  // Brings what was written to the medium.
+  bool Flush();
+
   // Positions in the file. 0 when no file is open.
   std::uint64_t SeekTo(std::int64_t offset, SeekOrigin origin);
   std::uint64_t Position();
@@ -96,6 +105,7 @@ class CTffFile {
   TffRecord lastRecord{};
 
  private:
+  bool Append(std::span<const std::byte> bytes);
   void BuildIndex();
   std::optional<Entry> FindIndexed(std::uint32_t tag, std::uint64_t fromPosition, std::uint32_t occurrence);
   std::optional<Entry> NextOf(std::uint32_t tag);
@@ -106,6 +116,8 @@ class CTffFile {
   FileService* files_ = nullptr;  // null over a file that was open already
   std::unique_ptr<File> owned_;
   File* file_ = nullptr;
+
+  bool writeFailed_ = false;
 
   // The records are looked up once for each container. A record appended through this object makes it forget
   // them.

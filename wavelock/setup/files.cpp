@@ -1,0 +1,111 @@
+// Setups in files: a setup file of their own, or the tail of a recording.
+#include <string>
+
+#include "wavelock/prompts/notices.h"
+#include "wavelock/setup/setup.h"
+#include "wavelock/setup/tff_file.h"
+
+namespace wavelock {
+namespace {
+
+constexpr char kExtension[] = "ast";
+constexpr char kFilter[] = "Setup Files (*.ast)|*.ast||";
+
+// A name beside the file that nothing bears yet; empty when all that come to mind are taken.
+std::string FreeNameBeside(const std::string& path, FileService& files) {
+  constexpr int kTries = 100;
+  for (int i = 0; i < kTries; ++i) {
+    std::string name = path + "." + std::to_string(i) + ".new";
+    if (!files.Exists(name)) return name;
+  }
+  return {};
+}
+
+bool MayBeReplaced(const std::string& path, FileService& files) {
+  const auto status = files.Status(path);
+  return !path.empty() && !(status && status->readOnly);
+}
+
+bool WriteWhole(CSetup& setup, const std::string& path, Host& host) {
+  CTffFile file(host);
+  if (!file.Open(path, OpenMode::kCreate)) return false;
+  setup.Write(file);
+  return file.IsWrittenWhole() && file.Flush();
+}
+
+// Whoever looks finds the old file or the new one, whole.
+bool WriteInPlaceOf(CSetup& setup, const std::string& path, Host& host) {
+  if (!MayBeReplaced(path, host.files)) return false;
+  const std::string written = FreeNameBeside(path, host.files);
+  if (written.empty()) return false;
+  if (WriteWhole(setup, written, host) && host.files.Replace(written, path)) return true;
+  host.files.Delete(written);
+  return false;
+}
+
+}  // namespace
+
+bool CSetup::LoadFile() {
+  CTffFile file(*host_);
+  return file.Open(setupFileName, OpenMode::kReadOnly) && Load(file);
+}
+
+void CSetup::SaveFile() {
+  if (!WriteInPlaceOf(*this, setupFileName, *host_))
+    ShowNoticeById(*host_, MessageNumber::kSetupFileNotWritable, setupFileName);
+}
+
+bool CSetup::SaveAs(const char* name) {
+  const std::string path = name != nullptr ? name : setupFileName;
+  const auto chosen = host_->modal.AskSavePath({.defaultExtension = kExtension,
+                                                .initialFile = NameOf(path),
+                                                .initialFolder = DirectoryOf(path),
+                                                .filter = kFilter});
+  if (!chosen) return false;
+  setupFileName = *chosen;
+  host_->profile.SetString(profile::kState, profile::kSetupFile, setupFileName);
+  SaveFile();
+  return true;
+}
+
+bool CSetup::LoadEmbedded(File& file, std::uint64_t position) {
+  CTffFile tail(file, position);
+  return Load(tail);
+}
+
+bool CSetup::SaveEmbedded(File& file, std::uint64_t position) {
+  UpdateTimeAxis();
+  CTffFile tail(file, position);
+  return Write(tail);
+}
+
+// The setup file of the profile, or else the default one beside the program, or else no file at all: what
+// stands there and cannot be read is removed.
+void CSetup::FindAndLoadFile() {
+  if (LoadFile()) return;
+  setupFileName = ProgramDirectory() + std::string(kDefaultSetupFile);
+  if (!LoadFile()) {
+    host_->files.Delete(setupFileName);
+    ResetToDefaults();
+  }
+  host_->profile.SetString(profile::kState, profile::kSetupFile, setupFileName);
+}
+
+std::string CSetup::ProgramDirectory() const {
+  const PathParts parts = SplitPath(host_->process.ExecutablePath());
+  const bool isRelative =
+      !parts.directory.empty() && !parts.directory.starts_with('\\') && !parts.directory.starts_with('/');
+  return parts.drive + (isRelative ? "\\" : "") + parts.directory;
+}
+
+std::string CSetup::NameOf(std::string_view path) {
+  const PathParts parts = SplitPath(path);
+  return parts.name + parts.extension;
+}
+
+std::string CSetup::DirectoryOf(std::string_view path) {
+  const PathParts parts = SplitPath(path);
+  return parts.drive + parts.directory;
+}
+
+}  // namespace wavelock
