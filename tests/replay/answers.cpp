@@ -244,8 +244,6 @@ json Facts(CRecordingFile& recording) {
   const CSetup& setup = *recording.GetSetup();
   const RecordingHeader& header = recording.rawHeader.header;
   const std::uint64_t samples = recording.GetContinuousSampleCount();
-  const bool hasHighWord = recording.fileSize >= 0x40000000;
-  const std::uint64_t tailHigh = hasHighWord ? std::uint64_t{header.tailPositionHigh} << 32 : 0;
   return {{"numChannels", static_cast<std::int16_t>(setup.channelCount)},
           {"rate", setup.sampleRate},
           {"acqType", recording.GetAcquisitionKind()},
@@ -261,7 +259,7 @@ json Facts(CRecordingFile& recording) {
           {"headerRevision", recording.headerRevision},
           {"fileSize", recording.fileSize},
           {"largeFile", recording.largeFile},
-          {"tailPosition", tailHigh | header.tailPositionLow},
+          {"tailPosition", recording.TailPosition()},
           {"eventTablePosition", std::uint32_t{header.eventTablePosition}},
           {"fileOpen", recording.file ? 1 : 0}};
 }

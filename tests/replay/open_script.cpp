@@ -3,10 +3,12 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/replay/answers.h"
 #include "tests/replay/recorded_host.h"
+#include "tests/replay/setup_script.h"
 
 namespace wavelock::replay {
 
@@ -100,10 +102,12 @@ json Differences(const json& before, const json& after) {
   return changed;
 }
 
-json OpenAndCall(CRecordingFile& recording, const json& entry, RecordingUser& user) {
+json OpenAndCall(CRecordingFile& recording, const json& entry, const std::string& saveSetup,
+                 RecordingUser& user) {
   json answer;
   answer["open"] = recording.OpenFile(entry.at("path").get<std::string>()) ? 1 : 0;
   answer["messages"] = user.TakeMessages();
+  if (!saveSetup.empty()) SaveSetupTo(*recording.GetSetup(), saveSetup);
   AddState(recording, answer);
   const json setupAfterOpen = answer["setup"];
   answer["calls"] = json::array();
@@ -124,8 +128,9 @@ json RunOpenScript(const json& script) {
   RecordedHost host(script.at("host"));
   CRecordingFile recording(script.at("host").value("silent", false) ? 1 : 0, host.Get());
   json answers = json::array();
+  std::string saveSetup = script.value("saveSetup", std::string());  // goes with the first recording
   for (const json& entry : script.at("recordings")) {
-    answers.push_back(OpenAndCall(recording, entry, host.User()));
+    answers.push_back(OpenAndCall(recording, entry, std::exchange(saveSetup, {}), host.User()));
   }
   return {{"recordings", answers}};
 }

@@ -2,15 +2,29 @@
 #include <algorithm>
 #include <new>
 
+#include "wavelock/numerics/conversions.h"
+#include "wavelock/numerics/stored.h"
 #include "wavelock/prompts/messages.h"
 #include "wavelock/prompts/prompts.h"
 #include "wavelock/recording/recording_file.h"
+#include "wavelock/setup/section_tags.h"
 #include "wavelock/setup/tff_file.h"
 
 namespace wavelock {
 namespace {
 
 constexpr std::uint64_t kLargeFileSize = 0x80000000;
+constexpr int kFirstRevisionWithTail = 14;
+constexpr int kModifiedRevision = 15;  // by a program whose tails are not to be trusted
+constexpr std::uint64_t kFirstSizeWithHighWord = 0x40000000;  // the high word of the tail's position counts
+constexpr std::int32_t kFirstUnknownTail = 2;
+
+constexpr std::int32_t kKnownWriterMajor = 4;
+constexpr std::int32_t kFirstUnknownWriterMinor = 3;
+constexpr char kNewerWriter[] =
+    "The file you have selected was created with a newer version of software and may be incompatible\n"
+    "Proceed at your own risk";
+
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
 
 std::string CleanPath(std::string path) {
@@ -23,24 +37,6 @@ std::string CleanPath(std::string path) {
 
 int WidthOf(const CSetup& setup) {
   return setup.wideSamples != 0 ? 4 : 2;
-}
-
-// The first revision with a tail, and the one whose tail is not to be trusted.
-constexpr int kFirstRevisionWithTail = 14;
-constexpr int kModifiedRevision = 15;
-
-bool HasTail(const CRecordingFile& recording) {
-  const auto low = static_cast<std::int32_t>(std::uint32_t{recording.rawHeader.header.tailPositionLow});
-  return recording.headerRevision >= kFirstRevisionWithTail &&
-         recording.headerRevision != kModifiedRevision && (low > 0 || recording.largeFile != 0);
-}
-
-// The high word counts in files of 1 GiB and more.
-std::uint64_t TailPosition(const CRecordingFile& recording) {
-  constexpr std::uint64_t kHighWordCounts = 0x40000000;
-  const RecordingHeader& header = recording.rawHeader.header;
-  const std::uint64_t high = recording.fileSize >= kHighWordCounts ? header.tailPositionHigh : 0;
-  return (high << 32) | header.tailPositionLow;
 }
 
 }  // namespace
@@ -76,8 +72,26 @@ bool CRecordingFile::OpenFile(std::string path) {
     CloseFile();
     return false;
   }
+  WarnOfNewerWriter();
   markerList.TimesToSamples(*setup);
   return true;
+}
+
+void CRecordingFile::WarnOfNewerWriter() {
+  const bool isNewer = setup->writerVersionMajor > kKnownWriterMajor ||
+                       (setup->writerVersionMajor == kKnownWriterMajor &&
+                        setup->writerVersionMinor >= kFirstUnknownWriterMinor);
+  if (!isNewer || host.profile.GetInt(profile::kState, profile::kHideNewerVersionWarning, 0) != 0) return;
+  CNewerVersionPrompt prompt;
+  prompt.text = kNewerWriter;
+  prompt.DoModal(host);
+  if (prompt.dontShowAgain != 0) host.profile.SetInt(profile::kState, profile::kHideNewerVersionWarning, 1);
+}
+
+void CRecordingFile::WarnOfModification() {
+  if (headerRevision != kModifiedRevision || silent != 0) return;
+  if (host.profile.GetInt(profile::kState, profile::kHideModifiedWarning, 0) != 0) return;
+  CModifiedPrompt().DoModal(host);
 }
 
 bool CRecordingFile::ReadFileHead() {
@@ -89,14 +103,44 @@ bool CRecordingFile::ReadFileHead() {
   fileSize = file->Size().value_or(0);
   largeFile = fileSize >= kLargeFileSize ? 1 : 0;
   const int fileClass = GetFileClass(&rawHeader);
-  if (HasTail(*this)) {
-    CTffFile tail(*file, TailPosition(*this));
-    ReadAnnotations(tail, fileClass);
-  }
+  WarnOfModification();
+  if (HasTail() && !ReadTail(fileClass)) return false;
   sampleWidth = WidthOf(*setup);
   if (fileClass == kContinuous && !ReadEvents())
     ReportMessage(NumberedMessage(MessageNumber::kEventsNotRead));
   return true;
+}
+
+std::uint64_t CRecordingFile::TailPosition() const {
+  const RecordingHeader& header = rawHeader.header;
+  const std::uint64_t high = fileSize < kFirstSizeWithHighWord ? 0 : std::uint64_t{header.tailPositionHigh};
+  return high << 32 | header.tailPositionLow;
+}
+
+bool CRecordingFile::HasTail() const {
+  if (headerRevision < kFirstRevisionWithTail || headerRevision == kModifiedRevision) return false;
+  return largeFile != 0 || WrapToInt32(rawHeader.header.tailPositionLow) > 0;
+}
+
+bool CRecordingFile::ReadTail(int fileClass) {
+  if (!setup->LoadEmbedded(*file, TailPosition())) return false;
+  setup->fromRecording = 1;
+  if (setup->dataKind == kContinuous && setup->frequencyDomain != 0) {
+    host.modal.ShowMessage(NumberedMessage(MessageNumber::kContinuousInFrequencyDomain));
+    setup->UpdateTimeAxis();
+  }
+  CTffFile tail(*file, TailPosition());
+  ReadAnnotations(tail, fileClass);
+  return AcceptsTailRevision(tail);
+}
+
+// A tail of a newer program is read when the person wants it.
+bool CRecordingFile::AcceptsTailRevision(CTffFile& tail) {
+  Stored<std::int32_t> revision;
+  std::uint64_t length = sizeof revision;
+  if (tail.ReadSection(tag::kTailRevision, length, &revision) == 0) return true;
+  if (revision < kFirstUnknownTail || silent != 0) return true;
+  return host.modal.AskYesNo(NumberedMessage(MessageNumber::kNewerTailQuestion));
 }
 
 bool CRecordingFile::CloseFile() {

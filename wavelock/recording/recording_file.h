@@ -32,6 +32,7 @@
 
 namespace wavelock {
 
+class CTffFile;
 struct BlockShape;
 class OverlayPass;
 
@@ -77,6 +78,9 @@ class CRecordingFile {
 
   // `dataKind` of the setup, -100 without one.
   int GetAcquisitionKind() const;
+
+  // Where the tagged container of the open file begins, if it has one.
+  std::uint64_t TailPosition() const;
 
   // Bytes of the block at the start of a file with the setup's channels.
   int HeaderSize() const;
@@ -163,6 +167,11 @@ class CRecordingFile {
 
  private:
   bool ReadFileHead();
+  bool HasTail() const;
+  bool ReadTail(int fileClass);
+  bool AcceptsTailRevision(CTffFile& tail);
+  void WarnOfModification();
+  void WarnOfNewerWriter();
 
   bool ReadHeaderBlock();
   void ReadVersionedHeader();
