@@ -1,7 +1,8 @@
-# Installs the library with its headers, so that CMake finds it as wavelock::wavelock and pkg-config as wavelock.
+# Installs the library with its headers and the control module, so that CMake finds it as wavelock::wavelock and pkg-config as wavelock.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS wavelock EXPORT wavelock-targets)
+install(TARGETS wavelock_control LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/wavelock)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/wavelock/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/wavelock
         FILES_MATCHING PATTERN "*.h")
 
@@ -18,5 +19,6 @@ install(FILES ${PROJECT_BINARY_DIR}/wavelock-config.cmake ${PROJECT_BINARY_DIR}/
 # The file names its prefix by where it lies itself, so that an installation can be moved.
 set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH prefix_from_pkgconfig /prefix/${pkgconfig_dir} /prefix)
+list(TRANSFORM CMAKE_DL_LIBS PREPEND -l OUTPUT_VARIABLE dl_flags)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/wavelock.pc.in ${PROJECT_BINARY_DIR}/wavelock.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/wavelock.pc DESTINATION ${pkgconfig_dir})

@@ -8,6 +8,8 @@
 #include <ostream>
 #include <system_error>
 
+#include "wavelock/platform/ascii_case.h"
+
 namespace wavelock {
 namespace {
 
@@ -29,10 +31,6 @@ std::string Printable(std::string_view text) {
   return printable;
 }
 
-char Lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 std::string WithoutBlanksAround(const std::string& line) {
   constexpr char kBlanks[] = " \t\r";
   const std::size_t first = line.find_first_not_of(kBlanks);
@@ -41,7 +39,7 @@ std::string WithoutBlanksAround(const std::string& line) {
 }
 
 std::string InLowerCase(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), Lower);
+  std::transform(text.begin(), text.end(), text.begin(), LowerCase);
   return text;
 }
 

@@ -32,6 +32,7 @@ struct ModalDialog {
   int choice = 0;                      // index of the chosen one
   std::string checkBox{};              // its label; empty for none
   bool checked = false;
+  int icon = 0;  // resource number of the picture beside the texts; 0 for none
 };
 
 // A dialog that asks where to save. It offers no read-only files and asks before it names a file that exists.

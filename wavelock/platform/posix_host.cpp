@@ -9,23 +9,17 @@
 #include "wavelock/platform/host.h"
 #include "wavelock/platform/posix_files.h"
 #include "wavelock/platform/posix_process.h"
+#include "wavelock/platform/user_files.h"
 
 namespace wavelock {
 namespace {
 
-constexpr char kProfileInFolder[] = "/wavelock/profile.ini";
+constexpr char kUserFolder[] = "/wavelock/";
+constexpr char kProfileFile[] = "profile.ini";
 
 std::string Environment(const char* name) {
   const char* const value = std::getenv(name);
   return value == nullptr ? std::string() : std::string(value);
-}
-
-// Empty for a user without a home. A configuration folder that is not absolute counts as not set.
-std::string ProfilePath() {
-  const std::string configuration = Environment("XDG_CONFIG_HOME");
-  if (configuration.starts_with('/')) return configuration + kProfileInFolder;
-  const std::string home = Environment("HOME");
-  return home.empty() ? home : home + "/.config" + kProfileInFolder;
 }
 
 bool IsTerminal() {
@@ -34,13 +28,20 @@ bool IsTerminal() {
 
 struct DefaultServices {
   PosixFiles files;
-  FileProfileStore profile{files, ProfilePath()};
+  FileProfileStore profile{files, UserFilePath(kProfileFile)};
   ConsoleModalInterface modal{std::cin, std::cerr, IsTerminal()};
   PosixProcess process;
   Host host{files, profile, modal, process};
 };
 
 }  // namespace
+
+std::string UserFilePath(std::string_view name) {
+  const std::string configuration = Environment("XDG_CONFIG_HOME");
+  if (configuration.starts_with('/')) return (configuration + kUserFolder).append(name);
+  const std::string home = Environment("HOME");
+  return home.empty() ? home : (home + "/.config" + kUserFolder).append(name);
+}
 
 Host& Host::Default() {
   static DefaultServices services;

@@ -122,6 +122,25 @@ Place Locate(std::string_view text, std::string_view section, std::string_view k
 
 }  // namespace
 
+void ReadProfile(std::string_view text, const std::function<void(const std::string& section)>& onSection,
+                 const std::function<void(const std::string& key, std::string value)>& onEntry) {
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    const Line line = ParseLine(text.substr(0, end));
+    if (line.section) onSection(*line.section);
+    if (line.key) onEntry(*line.key, Unescaped(line.value));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+}
+
+std::string ProfileSectionLine(std::string_view section) {
+  return std::string("[").append(Escaped(section, kSpecialInNames)).append("]");
+}
+
+std::string ProfileEntryLine(std::string_view key, std::string_view value) {
+  return Escaped(key, kSpecialInNames) + " = " + Escaped(value, kSpecialInValues);
+}
+
 std::optional<std::string> FindInProfile(std::string_view text, std::string_view section,
                                          std::string_view key) {
   const Place place = Locate(text, section, key);
@@ -132,14 +151,14 @@ std::optional<std::string> FindInProfile(std::string_view text, std::string_view
 std::string StoreInProfile(std::string_view text, std::string_view section, std::string_view key,
                            std::string_view value) {
   const Place place = Locate(text, section, key);
-  const std::string entry = Escaped(key, kSpecialInNames) + " = " + Escaped(value, kSpecialInValues);
+  const std::string entry = ProfileEntryLine(key, value);
   std::string stored(text.substr(0, place.start));
   if (place.value) return stored.append(entry).append(text.substr(place.start + place.length));
 
   if (!stored.empty() && stored.back() != '\n') stored += '\n';
   if (!place.sectionExists) {
     if (!stored.empty()) stored += '\n';
-    stored.append("[").append(Escaped(section, kSpecialInNames)).append("]\n");
+    stored.append(ProfileSectionLine(section)).append("\n");
   }
   return stored.append(entry).append("\n").append(text.substr(place.start));
 }

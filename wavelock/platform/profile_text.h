@@ -3,6 +3,7 @@
 // survive on its line \xHH, so that every string can be a section, a key or a value.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,5 +17,13 @@ std::optional<std::string> FindInProfile(std::string_view text, std::string_view
 // The text with that value in its place. All other lines stay as they are, comments too.
 std::string StoreInProfile(std::string_view text, std::string_view section, std::string_view key,
                            std::string_view value);
+
+// Calls back for every section and every entry in the order of the text.
+void ReadProfile(std::string_view text, const std::function<void(const std::string& section)>& onSection,
+                 const std::function<void(const std::string& key, std::string value)>& onEntry);
+
+// Lines without their line breaks.
+std::string ProfileSectionLine(std::string_view section);
+std::string ProfileEntryLine(std::string_view key, std::string_view value);
 
 }  // namespace wavelock

@@ -144,6 +144,7 @@ bool CRecordingFile::AcceptsTailRevision(CTffFile& tail) {
 }
 
 bool CRecordingFile::CloseFile() {
+  ClearEpochHeaders();
   readBuffer_.Release();
   rawBuffer_.Release();
   if (!file) return false;

@@ -1,0 +1,261 @@
+// The module enters its classes into a registry, clients find and make them there, and nothing stays behind.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+
+#include "tests/support/temporary_folder.h"
+#include "tests/support/test_host.h"
+#include "wavelock/control/dispatch.h"
+#include "wavelock/control/embedded_control.h"
+#include "wavelock/control/identifiers.h"
+#include "wavelock/control/module.h"
+#include "wavelock/control/property_page.h"
+#include "wavelock/platform/component_loader.h"
+#include "wavelock/platform/file_registry.h"
+#include "wavelock/platform/posix_files.h"
+
+namespace wavelock {
+namespace {
+
+using testing::IsEmpty;
+using testing::Optional;
+
+constexpr char kPath[] = "/lib/wavelock/wavelock_control.so";
+
+// Fails the change of that number, counted from 0.
+class FailingRegistry : public MemoryRegistry {
+ public:
+  explicit FailingRegistry(int failure) : failure_(failure) {}
+  bool Change(const std::function<void(RegistryTree&)>& change) override {
+    return changes_++ != failure_ && MemoryRegistry::Change(change);
+  }
+
+ private:
+  const int failure_;
+  int changes_ = 0;
+};
+
+struct Setting {
+  TestHost host;
+  MemoryRegistry registry;
+  CControlModule module{host.host, registry, kPath};
+};
+
+TEST(ModuleRegistration, EntersEveryValueOfItsClasses) {
+  Setting s;
+  ASSERT_EQ(s.module.RegisterServer(), Result::kDone);
+  const RegistryTree tree = *s.registry.Read();
+  const std::string control = "CLSID/" + FormatIdentifier(kControlClassId);
+  const std::string library = FormatIdentifier(kTypeLibraryId);
+  EXPECT_THAT(FindValue(tree, control), Optional(std::string("Wavelock Control")));
+  EXPECT_THAT(FindValue(tree, control + "/InprocServer32"), Optional(std::string(kPath)));
+  EXPECT_THAT(FindValue(tree, control + "/InprocServer32", "ThreadingModel"),
+              Optional(std::string("Apartment")));
+  EXPECT_THAT(FindValue(tree, control + "/ToolboxBitmap32"), Optional(std::string(kPath) + ", 1"));
+  EXPECT_THAT(FindValue(tree, control + "/MiscStatus/1"), Optional(std::string("132497")));
+  EXPECT_THAT(FindValue(tree, control + "/ProgID"), Optional(std::string("WAVELOCK.WavelockCtrl.1")));
+  EXPECT_THAT(FindValue(tree, control + "/TypeLib"), Optional(library));
+  EXPECT_THAT(FindValue(tree, control + "/Version"), Optional(std::string("1.0")));
+  EXPECT_TRUE(tree.contains(control + "/Insertable"));
+  EXPECT_TRUE(tree.contains(control + "/Control"));
+  EXPECT_THAT(FindValue(tree, "WAVELOCK.WavelockCtrl.1/CLSID"), Optional(FormatIdentifier(kControlClassId)));
+
+  const std::string page = "CLSID/" + FormatIdentifier(kPropertyPageClassId);
+  EXPECT_THAT(FindValue(tree, page), Optional(std::string("Wavelock Property Page")));
+  EXPECT_THAT(FindValue(tree, page + "/InprocServer32"), Optional(std::string(kPath)));
+
+  EXPECT_THAT(FindValue(tree, "TypeLib/" + library + "/1.0/HELPDIR"),
+              Optional(std::string("/lib/wavelock/")));
+  EXPECT_THAT(FindValue(tree, "Interface/" + FormatIdentifier(kDispatchId)),
+              Optional(std::string("_DWavelock")));
+  EXPECT_THAT(FindValue(tree, "Interface/" + FormatIdentifier(kEventsId) + "/TypeLib"), Optional(library));
+}
+
+TEST(ModuleRegistration, UnregisteringLeavesWhatOthersEntered) {
+  const RegistryTree others{
+      {"Other.Class.1", {{"", "Other"}}},
+      {"WAVELOCK.WavelockCtrl.10", {}},
+      {"TypeLib/" + FormatIdentifier(kTypeLibraryId) + "/2.0", {{"", "A later version"}}},
+  };
+  Setting s;
+  s.registry.Change([&](RegistryTree& tree) { tree = others; });
+  EXPECT_EQ(s.module.RegisterServer(), Result::kDone);
+  const auto once = s.registry.Read();
+  EXPECT_EQ(s.module.RegisterServer(), Result::kDone);
+  EXPECT_EQ(s.registry.Read(), once);
+  EXPECT_EQ(s.module.UnregisterServer(), Result::kDone);
+  EXPECT_EQ(s.registry.Read(), others);
+  EXPECT_EQ(s.module.UnregisterServer(), Result::kDone);
+}
+
+TEST(ModuleRegistration, ResultTellsWhatCouldNotBeEntered) {
+  TestHost host;
+  FailingRegistry first(0);
+  CControlModule module(host.host, first, kPath);
+  EXPECT_EQ(static_cast<std::uint32_t>(module.RegisterServer()), 0x80040200u);
+  EXPECT_THAT(*first.Read(), IsEmpty());
+  FailingRegistry second(1);
+  CControlModule other(host.host, second, kPath);
+  EXPECT_EQ(static_cast<std::uint32_t>(other.RegisterServer()), 0x80040201u);
+  FailingRegistry third(2);
+  CControlModule last(host.host, third, kPath);
+  EXPECT_EQ(last.RegisterServer(), Result::kDone);
+  EXPECT_EQ(static_cast<std::uint32_t>(last.UnregisterServer()), 0x80040200u);
+}
+
+TEST(ModuleRegistration, FileRegistryKeepsTheTreeAndGoesWhenItIsEmpty) {
+  const TemporaryFolder folder;
+  PosixFiles files;
+  FileRegistry registry(files, folder.Path("deep/registry.ini"));
+  EXPECT_THAT(*registry.Read(), IsEmpty());
+  const RegistryTree tree{{"A/{1}", {{"", " [=;#\\x41"}, {"Name = x", "line\nline"}, {"@x", ""}}},
+                          {"B without values", {}}};
+  ASSERT_TRUE(registry.Change([&](RegistryTree& t) { t = tree; }));
+  EXPECT_EQ(FileRegistry(files, folder.Path("deep/registry.ini")).Read(), tree);
+  ASSERT_TRUE(registry.Change([](RegistryTree& t) {
+    RemoveKey(t, "a");
+    RemoveKey(t, "b WITHOUT values");
+  }));
+  EXPECT_FALSE(files.Exists(folder.Path("deep/registry.ini")));
+}
+
+TEST(ModuleClasses, FactoriesMakeTheirClassesAlone) {
+  Setting s;
+  ASSERT_EQ(CControlModule::Classes().size(), 2u);
+  EXPECT_STREQ(CControlModule::Classes()[0].programmaticId, "WAVELOCK.WavelockCtrl.1");
+  EXPECT_STREQ(CControlModule::Classes()[1].programmaticId, "WAVELOCK.WavelockPropPage.1");
+  Reference<ClassFactory> factory;
+  EXPECT_EQ(s.module.GetClassObject(Identifier(), ClassFactory::kId, factory.Receive()),
+            Result::kClassNotAvailable);
+  EXPECT_EQ(s.module.GetClassObject(kControlClassId, Dispatch::kId, factory.Receive()), Result::kNoInterface);
+  EXPECT_EQ(s.module.GetClassObject(kControlClassId, ClassFactory::kId, nullptr), Result::kNullPointer);
+  ASSERT_EQ(s.module.GetClassObject(kControlClassId, ClassFactory::kId, factory.Receive()), Result::kDone);
+  Reference<PropertyPage> page;
+  EXPECT_EQ(factory->CreateInstance(PropertyPage::kId, page.Receive()), Result::kNoInterface);
+  EXPECT_FALSE(page);
+  EXPECT_EQ(factory->CreateInstance(PropertyPage::kId, nullptr), Result::kNullPointer);
+}
+
+TEST(ModuleClasses, ModuleStaysWhileAnythingOfItIsHeld) {
+  Setting s;
+  EXPECT_EQ(s.module.CanUnloadNow(), Result::kDone);
+  Reference<ClassFactory> factory;
+  ASSERT_EQ(s.module.GetClassObject(kControlClassId, ClassFactory::kId, factory.Receive()), Result::kDone);
+  EXPECT_EQ(s.module.CanUnloadNow(), Result::kNo);
+  Reference<Dispatch> control;
+  ASSERT_EQ(factory->CreateInstance(kDispatchId, control.Receive()), Result::kDone);
+  factory->LockServer(true);
+  {
+    const Reference<ClassFactory> last = std::move(factory);
+    last->LockServer(false);
+  }
+  EXPECT_EQ(s.module.CanUnloadNow(), Result::kNo);
+  auto embedded = control.As<EmbeddedControl>();
+  EXPECT_TRUE(embedded);
+  EXPECT_FALSE(control.As<PropertyPage>());
+  control.Reset();
+  EXPECT_EQ(embedded->Flags() & 0x10, 0x10u);
+  EXPECT_EQ(s.module.CanUnloadNow(), Result::kNo);
+  embedded.Reset();
+  EXPECT_EQ(s.module.CanUnloadNow(), Result::kDone);
+}
+
+TEST(ModuleClasses, PropertyPageSaysWhatItIsAndOffersNothing) {
+  Setting s;
+  Reference<ClassFactory> factory;
+  ASSERT_EQ(s.module.GetClassObject(kPropertyPageClassId, ClassFactory::kId, factory.Receive()),
+            Result::kDone);
+  Reference<PropertyPage> page;
+  ASSERT_EQ(factory->CreateInstance(PropertyPage::kId, page.Receive()), Result::kDone);
+  const PropertyPageInfo& info = *page->GetPageInfo();
+  EXPECT_STREQ(info.caption, "General");
+  EXPECT_STREQ(info.helpText, "Names to appear in the control");
+  EXPECT_STREQ(info.helpFile, "WAVELOCK.HLP");
+  EXPECT_EQ(info.helpContext, 0u);
+  EXPECT_EQ(info.dialogTemplate, 200);
+  EXPECT_EQ(info.propertyCount, 0u);
+  s.host.user.ExpectDialog("CWavelockPropPage", {.accept = false});
+  EXPECT_FALSE(page->Show());
+}
+
+// The user's own files lie in a folder of the test while it lives.
+class UserFolder {
+ public:
+  UserFolder() {
+    if (const char* const before = std::getenv(kVariable)) before_ = before;
+    setenv(kVariable, folder.Path().c_str(), 1);
+  }
+  ~UserFolder() { before_ ? setenv(kVariable, before_->c_str(), 1) : unsetenv(kVariable); }
+
+  const TemporaryFolder folder;
+
+ private:
+  static constexpr char kVariable[] = "XDG_CONFIG_HOME";
+  std::optional<std::string> before_;
+};
+
+// A client's way through the real module, with an in-process registry in place of the user's.
+class LoadedModuleTest : public testing::Test {
+ protected:
+  LoadedModuleTest() { CControlModule(test.host, registry, WAVELOCK_CONTROL_MODULE).RegisterServer(); }
+
+  UserFolder user;
+  TestHost test;
+  MemoryRegistry registry;
+  SystemLibraries libraries;
+  ComponentLoader loader{registry, libraries};
+};
+
+TEST_F(LoadedModuleTest, ClientFindsTheControlByItsProgrammaticId) {
+  Reference<Dispatch> control;
+  ASSERT_EQ(loader.Create("wavelock.wavelockctrl.1", control), Result::kDone);
+  std::int32_t id = 0;
+  EXPECT_EQ(control->GetIdOfName("getrate", &id), Result::kDone);
+  EXPECT_EQ(id, 6);
+  EXPECT_EQ(control->GetIdOfName("Rate", &id), Result::kUnknownName);
+  EXPECT_EQ(control->GetIdOfName(nullptr, &id), Result::kNullPointer);
+  Variant rate;
+  EXPECT_EQ(control->Invoke(id, nullptr, 0, &rate, nullptr), Result::kDone);
+  EXPECT_EQ(rate.I4(), 1000);
+  EXPECT_EQ(control->Invoke(id, nullptr, 1, &rate, nullptr), Result::kNullPointer);
+  Variant name;
+  EXPECT_EQ(control->Invoke(10, nullptr, 0, &name, nullptr), Result::kDone);
+  EXPECT_FALSE(name.IsNullString());  // freed here, made there
+  EXPECT_STREQ(control->GetTypeInfo()->name, "_DWavelock");
+  EXPECT_EQ(*control.As<EmbeddedControl>()->PropertyPage(0), kPropertyPageClassId);
+  EXPECT_EQ(control.As<EmbeddedControl>()->PropertyPage(1), nullptr);
+  loader.FreeUnusedModules();  // stays, since the control lives
+  EXPECT_EQ(control->Invoke(6, nullptr, 0, &rate, nullptr), Result::kDone);
+}
+
+TEST_F(LoadedModuleTest, ClientIsToldWhyThereIsNoObject) {
+  Reference<Dispatch> control;
+  EXPECT_EQ(loader.Create("WAVELOCK.WavelockCtrl.2", control), Result::kUnknownProgrammaticId);
+  registry.Change([](RegistryTree& tree) { tree["Lost.1/CLSID"][""] = FormatIdentifier(Identifier()); });
+  EXPECT_EQ(loader.Create("Lost.1", control), Result::kClassNotRegistered);
+  const std::string server = "CLSID/" + FormatIdentifier(Identifier()) + "/InprocServer32";
+  registry.Change([&](RegistryTree& tree) { tree[server][""] = "/nowhere/module.so"; });
+  EXPECT_EQ(loader.Create("Lost.1", control), Result::kModuleNotFound);
+  EXPECT_THAT(loader.ErrorText(), testing::HasSubstr("/nowhere/module.so"));
+  registry.Change([&](RegistryTree& tree) { tree[server][""] = WAVELOCK_CONTROL_MODULE; });
+  EXPECT_EQ(loader.Create("Lost.1", control), Result::kClassNotAvailable);
+  EXPECT_FALSE(control);
+}
+
+TEST_F(LoadedModuleTest, ModuleRegistersItselfForTheUserAndLeavesNothing) {
+  PosixFiles files;
+  FileRegistry users(files);
+  EXPECT_EQ(RegisterModule(libraries, WAVELOCK_CONTROL_MODULE), Result::kDone);
+  EXPECT_THAT(FindValue(*users.Read(), "CLSID/" + FormatIdentifier(kControlClassId) + "/InprocServer32"),
+              Optional(std::string(WAVELOCK_CONTROL_MODULE)));
+  EXPECT_EQ(UnregisterModule(libraries, WAVELOCK_CONTROL_MODULE), Result::kDone);
+  EXPECT_THAT(*users.Read(), IsEmpty());
+  EXPECT_FALSE(files.Exists(user.folder.Path("wavelock/registry.ini")));
+  EXPECT_EQ(RegisterModule(libraries, user.folder.Path("missing.so")), Result::kModuleNotFound);
+}
+
+}  // namespace
+}  // namespace wavelock
