@@ -152,7 +152,7 @@ TEST(ContinuousSamples, PositionsReachBeyondFourGibibytes) {
 // ---- conversion
 
 TEST(SampleConversion, FactorsAreRoundedBeforeTheyAreApplied) {
-  CSetup setup;
+  CSetup setup(0);
   ASSERT_TRUE(setup.ResetToDefaults());
   setup.channelCount = 2;
   setup.channels[0].countScale = 0.1f;

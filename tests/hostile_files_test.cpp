@@ -56,6 +56,11 @@ void ReadEverything(CRecordingFile& recording) {
                                 static_cast<std::int32_t>(values) * recording.sampleWidth, 0, 0);
   }
   recording.GetEventCount();
+  recording.GetEpochInfo(0, nullptr, nullptr, nullptr, nullptr, nullptr);
+  for (const std::uint32_t bytes : {0u, 4u, 64u, 256u}) {
+    recording.ReadEpochRaw(0, raw.data(), bytes);
+    recording.ReadEpochFloat(recording.GetEpochCount() - 1, floats.data(), bytes);
+  }
 }
 
 void OpenAndRead(const Bytes& bytes) {

@@ -240,6 +240,16 @@ json FloatBlock(std::span<const float> values) {
   return {{"count", values.size()}, {"sha256", Sha256(BytesOfArray(words))}, {"first", first}};
 }
 
+json EpochInfoFields(const EpochInfo& info) {
+  const auto reactionTime = std::as_bytes(std::span(&info.reactionTime, 1));
+  return {{"trialType", info.trialType},
+          {"accept", info.accept},
+          {"correct", info.correct},
+          {"reactionTime", Hexadecimal(reactionTime)},
+          {"reactionTimeValue", Number(info.reactionTime)},
+          {"response", info.response}};
+}
+
 json Facts(CRecordingFile& recording) {
   const CSetup& setup = *recording.GetSetup();
   const RecordingHeader& header = recording.rawHeader.header;

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "wavelock/annotations/epoch_info.h"
 #include "wavelock/recording/recording_file.h"
 #include "wavelock/setup/setup.h"
 
@@ -20,6 +21,8 @@ std::string Sha256(std::span<const std::byte> bytes);
 // A block of values by its count, its digest and its first values.
 nlohmann::json RawBlock(std::span<const std::byte> bytes, int width);
 nlohmann::json FloatBlock(std::span<const float> values);
+
+nlohmann::json EpochInfoFields(const EpochInfo& info);
 
 nlohmann::json Facts(CRecordingFile& recording);
 nlohmann::json SetupFieldsOf(const CSetup& setup);

@@ -26,6 +26,7 @@ class OutputBuffer {
 
   void* Data() { return words_.empty() ? nullptr : words_.data(); }
   float* Floats() { return words_.empty() ? nullptr : words_.data(); }
+  std::uint32_t Size() const { return static_cast<std::uint32_t>(size_); }
   std::span<const std::byte> Bytes() const { return std::as_bytes(std::span(words_)).first(size_); }
   std::span<const float> Values() const { return std::span(words_).first(size_ / sizeof(float)); }
 
@@ -36,6 +37,10 @@ class OutputBuffer {
 
 std::uint64_t Widened(const json& call, const char* name) {
   return static_cast<std::uint64_t>(call.at(name).get<std::int64_t>());
+}
+
+std::uint32_t IndexOf(const json& call) {
+  return static_cast<std::uint32_t>(call.at("index").get<std::int64_t>());
 }
 
 void ContinuousRaw(CRecordingFile& recording, const json& call, json& answer) {
@@ -58,6 +63,28 @@ void ContinuousFloat(CRecordingFile& recording, const json& call, json& answer) 
   if (done) answer.update(FloatBlock(out.Values()));
 }
 
+void EpochRaw(CRecordingFile& recording, const json& call, json& answer) {
+  OutputBuffer out(call.at("outBytes").get<std::int64_t>());
+  const bool done = recording.ReadEpochRaw(IndexOf(call), out.Data(), out.Size());
+  answer["result"] = done ? 1 : 0;
+  if (done) answer.update(RawBlock(out.Bytes(), recording.sampleWidth));
+}
+
+void EpochFloat(CRecordingFile& recording, const json& call, json& answer) {
+  OutputBuffer out(call.at("outBytes").get<std::int64_t>());
+  const bool done = recording.ReadEpochFloat(IndexOf(call), out.Floats(), out.Size());
+  answer["result"] = done ? 1 : 0;
+  if (done) answer.update(FloatBlock(out.Values()));
+}
+
+void EpochFacts(CRecordingFile& recording, const json& call, json& answer) {
+  EpochInfo info;
+  const bool done = recording.GetEpochInfo(static_cast<std::int32_t>(IndexOf(call)), &info.trialType,
+                                           &info.accept, &info.correct, &info.reactionTime, &info.response);
+  answer["result"] = done ? 1 : 0;
+  if (done) answer.update(EpochInfoFields(info));
+}
+
 void Event(CRecordingFile& recording, const json& call, json& answer) {
   const auto index = call.at("index").get<std::int64_t>();
   const bool exists = index >= 0 && index < recording.GetEventCount();
@@ -76,6 +103,9 @@ const std::map<std::string, Operation>& Operations() {
   static const std::map<std::string, Operation> operations = {
       {"continuousRaw", ContinuousRaw},
       {"continuousFloat", ContinuousFloat},
+      {"epochRaw", EpochRaw},
+      {"epochFloat", EpochFloat},
+      {"epochInfo", EpochFacts},
       {"event", Event},
       {"closeFile",
        [](CRecordingFile& r, const json&, json& answer) { answer["result"] = r.CloseFile() ? 1 : 0; }},

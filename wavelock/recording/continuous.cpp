@@ -278,10 +278,17 @@ std::uint64_t CRecordingFile::EndOfPiece(std::uint64_t start) const {
 
 bool CRecordingFile::AppendContinuousFloat(const float* in, std::uint32_t inBytes) {
   if (in == nullptr || !file || setup->channelCount < 1) return false;
+  const std::span<const float> values(in, inBytes / sizeof(float));
+  return AppendCounts(values, values.size() / static_cast<std::uint64_t>(setup->channelCount));
+}
+
+// Writes the first `samples` samples of `values` as counts, and zeros for the values behind them.
+bool CRecordingFile::AppendCounts(std::span<const float> values, std::uint64_t samples) {
   const auto channels = static_cast<std::uint64_t>(setup->channelCount);
   const auto width = static_cast<std::uint64_t>(sampleWidth);
-  std::uint64_t samples = inBytes / sizeof(float) / channels;
   const std::uint64_t samplesAtOnce = std::max<std::uint64_t>(1, kChunkBytes / (channels * width));
+  const float* in = values.data();
+  std::uint64_t rest = values.size() - samples * channels;
   while (samples > 0) {
     const auto piece = static_cast<std::uint32_t>(std::min(samples, samplesAtOnce));
     const std::span<std::byte> raw = rawBuffer_.Take(static_cast<std::size_t>(piece * channels * width));
@@ -295,10 +302,14 @@ bool CRecordingFile::AppendContinuousFloat(const float* in, std::uint32_t inByte
     in += piece * channels;
     samples -= piece;
   }
-  const std::uint64_t rest = inBytes / sizeof(float) % channels;  // values of a sample that is not whole
-  const std::span<std::byte> zeros = rawBuffer_.Take(static_cast<std::size_t>(rest * width));
-  std::fill(zeros.begin(), zeros.end(), std::byte{0});
-  return file->Write(zeros);
+  while (rest > 0) {
+    const std::uint64_t piece = std::min<std::uint64_t>(rest, kChunkBytes / width);
+    const std::span<std::byte> zeros = rawBuffer_.Take(static_cast<std::size_t>(piece * width));
+    std::fill(zeros.begin(), zeros.end(), std::byte{0});
+    if (zeros.empty() || !file->Write(zeros)) return false;
+    rest -= piece;
+  }
+  return true;
 }
 
 }  // namespace wavelock

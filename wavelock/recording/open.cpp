@@ -100,6 +100,7 @@ bool CRecordingFile::ReadFileHead() {
 }
 
 bool CRecordingFile::CloseFile() {
+  ClearEpochHeaders();
   readBuffer_.Release();
   rawBuffer_.Release();
   if (!file) return false;

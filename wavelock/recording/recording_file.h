@@ -22,6 +22,7 @@
 #include <string_view>
 
 #include "wavelock/annotations/correction_overlay.h"
+#include "wavelock/annotations/epoch_header.h"
 #include "wavelock/annotations/event_group.h"
 #include "wavelock/annotations/label_list.h"
 #include "wavelock/annotations/marker_list.h"
@@ -132,8 +133,36 @@ class CRecordingFile {
 
   // ---- epochs
 
-  // 1 for every kind but epoched.
+  // 1 for every kind but epoched. All others fail for every kind but epoched.
   virtual std::uint32_t GetEpochCount();
+
+  // The data of one epoch as stored. In the time domain points x channels integers of `sampleWidth`. A
+  // spectrum is stored as floats, for each channel its real, then its imaginary values; of these it gives as
+  // many bytes as the integers would have. False, with `out` undefined, for any other size, and for an epoch
+  // that the file ends in.
+  bool ReadEpochRaw(std::uint32_t index, void* out, std::uint32_t outBytes);
+
+  // The same in microvolts, points x channels; a spectrum unscaled and whole. False as above.
+  bool ReadEpochFloat(std::uint32_t index, float* out, std::uint32_t outBytes);
+
+  // Facts of one epoch, each where its pointer is not null. The first call reads those of all epochs; if that
+  // fails for one of them, it fails for all, and the next call tries again.
+  virtual bool GetEpochInfo(std::int32_t index, std::uint16_t* trialType, std::uint8_t* accept,
+                            std::uint16_t* correct, float* reactionTime, std::uint16_t* response);
+
+  // Where the head of an epoch lies, whether or not there is such an epoch, and the bytes of every head.
+  std::uint64_t GetEpochPosition(std::int32_t index);
+  int GetEpochHeaderSize() const;
+
+  // Fills `epochHeaders`. False leaves it empty.
+  bool LoadEpochHeaders();
+  void ClearEpochHeaders();
+
+  // An epoch is written where the file stands, its head first. The data are microvolts, `pointCount` points x
+  // channels of the setup; values above that number, or of a point that is not whole, are stored as zeros.
+  virtual bool AppendEpochHead(std::uint16_t trialType, std::uint8_t accept, std::uint16_t correct,
+                               float reactionTime, std::uint16_t response);
+  virtual bool AppendEpochFloat(const float* in, std::uint32_t inBytes);
 
   // ---- state, open to the classes of the system
 
@@ -151,8 +180,9 @@ class CRecordingFile {
   std::uint64_t fileSize = 0;  // taken once, at open
   CEventGroup eventGroup;
   std::unique_ptr<CSetup> setup;
-  int halveSpectrum = 0;  // spectra without a scale are delivered halved
-  int dataStart = -1;     // file position of the first sample
+  TypedArray<EpochHeader> epochHeaders;  // of all epochs; empty until somebody asks for one
+  int halveSpectrum = 0;                 // spectra without a scale are delivered halved
+  int dataStart = -1;                    // file position of the first sample
   int headerRevision = -1;
   HeaderImage rawHeader{};  // the block at the start, in its current form
   CCorrectionOverlay overlay;
@@ -184,9 +214,18 @@ class CRecordingFile {
   bool ReadPartOfBlock(const BlockShape& shape, std::uint64_t position, std::uint64_t from, std::uint64_t to,
                        std::uint16_t* out);
   std::uint64_t EndOfPiece(std::uint64_t start) const;
+  bool AppendCounts(std::span<const float> values, std::uint64_t samples);
 
   bool ReadEventRecords(int kind, std::int32_t count);
   bool ReadTriggerWords();
+
+  bool IsEpoch(std::uint32_t index);
+  std::uint64_t EpochStride() const;
+  bool SeekToEpochData(std::uint32_t index, std::uint64_t bytes);
+  bool ReadEpochSamples(std::uint32_t index, std::span<float> out);
+  bool ReadEpochSpectrum(std::uint32_t index, float* out, std::uint32_t outBytes);
+  void TakeSpectrumAsAmplitudes();
+  bool ReadEpochHeads();
 
   // Kept from request to request while a file is open.
   WorkBuffer readBuffer_;  // bytes as they come from the file

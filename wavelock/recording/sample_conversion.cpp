@@ -11,27 +11,38 @@
 namespace wavelock {
 namespace {
 
-// The factors of all channels, repeated until the row is long enough for the loop over it to be worth
+// One factor of each channel, repeated until the row is long enough for the loop over it to be worth
 // vectorising.
+template <class Factor>
 class FactorRow {
  public:
-  explicit FactorRow(std::span<const SetupChannel> channels)
+  // What `factorOf` gives for a channel is rounded to a Factor.
+  template <class FactorOf>
+  FactorRow(std::span<const SetupChannel> channels, FactorOf&& factorOf)
       : length_(channels.size() * std::max<std::size_t>(1, kWantedLength / channels.size())),
-        factors_(new float[length_]) {
-    std::transform(channels.begin(), channels.end(), factors_.get(), [](const SetupChannel& channel) {
-      return static_cast<float>(static_cast<double>(channel.countScale) * channel.channelScale);
-    });
+        factors_(new Factor[length_]) {
+    std::transform(channels.begin(), channels.end(), factors_.get(),
+                   [&](const SetupChannel& channel) { return static_cast<Factor>(factorOf(channel)); });
     for (std::size_t i = channels.size(); i < length_; ++i) factors_[i] = factors_[i - channels.size()];
   }
 
-  const float* data() const { return factors_.get(); }
+  const Factor* data() const { return factors_.get(); }
   std::size_t length() const { return length_; }
 
  private:
   static constexpr std::size_t kWantedLength = 512;
   std::size_t length_;
-  std::unique_ptr<float[]> factors_;
+  std::unique_ptr<Factor[]> factors_;
 };
+
+// Exact: each of the two has 24 bits.
+double ExactFactor(const SetupChannel& channel) {
+  return static_cast<double>(channel.countScale) * channel.channelScale;
+}
+
+bool HasSingleFactor(const SetupChannel& channel) {
+  return static_cast<float>(ExactFactor(channel)) == ExactFactor(channel);
+}
 
 // The product of 16 bits and a single's 24 is exact in a double, so one rounding to single is what is asked
 // for, and the single-precision product has just that.
@@ -47,16 +58,79 @@ void Multiply(const std::int32_t* __restrict raw, const float* __restrict factor
   }
 }
 
+void Multiply(const std::int16_t* __restrict raw, const double* __restrict factors, float* __restrict out,
+              std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) out[i] = static_cast<float>(raw[i] * factors[i]);
+}
+
 template <class Raw>
 void RawToFloat(const Raw* raw, float* out, std::uint32_t sampleCount, const CSetup& setup) {
   const ChannelArray& table = setup.channelsSnapshot ? setup.channelsSnapshot : setup.channels;
   const std::span<const SetupChannel> channels = table.First(setup.channelCount);
   if (channels.empty()) return;
-  const FactorRow factors(channels);
+  const FactorRow<float> factors(channels, ExactFactor);
   const std::size_t values = channels.size() * sampleCount;
   for (std::size_t i = 0; i < values; i += factors.length()) {
     Multiply(raw + i, factors.data(), out + i, std::min(factors.length(), values - i));
   }
+}
+
+// An epoch's factors for values of 16 bits. Those times the 24 bits of `countScale` are exact in a double, so
+// the two factors may be multiplied first.
+template <class Factor>
+class EpochFactors16 {
+ public:
+  explicit EpochFactors16(std::span<const SetupChannel> channels) : factors_(channels, ExactFactor) {}
+
+  std::size_t length() const { return factors_.length(); }
+
+  void MultiplyRun(const std::int16_t* raw, float* out, std::size_t count) const {
+    Multiply(raw, factors_.data(), out, count);
+  }
+
+ private:
+  FactorRow<Factor> factors_;
+};
+
+class EpochFactors32 {
+ public:
+  explicit EpochFactors32(std::span<const SetupChannel> channels)
+      : countScales_(channels, [](const SetupChannel& channel) { return channel.countScale; }),
+        channelScales_(channels, [](const SetupChannel& channel) { return channel.channelScale; }) {}
+
+  std::size_t length() const { return countScales_.length(); }
+
+  void MultiplyRun(const std::int32_t* __restrict raw, float* __restrict out, std::size_t count) const {
+    const double* const countScales = countScales_.data();
+    const double* const channelScales = channelScales_.data();
+    for (std::size_t i = 0; i < count; ++i) {
+      out[i] = static_cast<float>(raw[i] * countScales[i] * channelScales[i]);
+    }
+  }
+
+ private:
+  FactorRow<double> countScales_;
+  FactorRow<double> channelScales_;
+};
+
+// `channels` has at most the channels of `shape`.
+template <class Factors, class Raw>
+void EpochToFloat(const Raw* raw, float* out, const EpochShape& shape,
+                  std::span<const SetupChannel> channels) {
+  if (channels.empty()) return;
+  const Factors factors(channels);
+  const std::size_t values = shape.points * shape.channels;
+  // Only where every value of a point is converted, a run of them can reach over points.
+  const bool allConverted = channels.size() == shape.channels;
+  const std::size_t step = allConverted ? factors.length() : shape.channels;
+  const std::size_t run = allConverted ? factors.length() : channels.size();
+  for (std::size_t i = 0; i < values; i += step)
+    factors.MultiplyRun(raw + i, out + i, std::min(run, values - i));
+}
+
+std::span<const SetupChannel> ChannelsOf(const CSetup& setup, const EpochShape& shape) {
+  const std::span<const SetupChannel> channels = setup.Channels();
+  return channels.first(std::min(channels.size(), shape.channels));
 }
 
 struct Limited {
@@ -98,6 +172,20 @@ void RawToFloat16(const std::int16_t* raw, float* out, std::uint32_t sampleCount
 
 void RawToFloat32(const std::int32_t* raw, float* out, std::uint32_t sampleCount, const CSetup& setup) {
   RawToFloat(raw, out, sampleCount, setup);
+}
+
+void EpochToFloat16(const std::int16_t* raw, float* out, const EpochShape& shape, const CSetup& setup) {
+  const std::span<const SetupChannel> channels = ChannelsOf(setup, shape);
+  // With a scale of 1, which most recordings have, singles hold the products and give the same values faster.
+  if (std::all_of(channels.begin(), channels.end(), HasSingleFactor)) {
+    EpochToFloat<EpochFactors16<float>>(raw, out, shape, channels);
+  } else {
+    EpochToFloat<EpochFactors16<double>>(raw, out, shape, channels);
+  }
+}
+
+void EpochToFloat32(const std::int32_t* raw, float* out, const EpochShape& shape, const CSetup& setup) {
+  EpochToFloat<EpochFactors32>(raw, out, shape, ChannelsOf(setup, shape));
 }
 
 void CRecordingFile::FloatToRaw16(std::int16_t* raw, const float* in, std::uint32_t sampleCount,

@@ -1,6 +1,7 @@
 // Between stored integers and microvolts.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "wavelock/setup/setup.h"
@@ -13,5 +14,18 @@ namespace wavelock {
 // nothing is written.
 void RawToFloat16(const std::int16_t* raw, float* out, std::uint32_t sampleCount, const CSetup& setup);
 void RawToFloat32(const std::int32_t* raw, float* out, std::uint32_t sampleCount, const CSetup& setup);
+
+// An epoch as it is stored: `channels` values at each point. The setup may count fewer channels; only theirs
+// are converted then.
+struct EpochShape {
+  std::size_t points;
+  std::size_t channels;
+};
+
+// The values of an epoch keep their places. Each is multiplied by `countScale`, then by `channelScale`, and
+// rounded once, so that the last bit may differ from that of the operations above. A copied setup converts
+// with the factors that it has now.
+void EpochToFloat16(const std::int16_t* raw, float* out, const EpochShape& shape, const CSetup& setup);
+void EpochToFloat32(const std::int32_t* raw, float* out, const EpochShape& shape, const CSetup& setup);
 
 }  // namespace wavelock
