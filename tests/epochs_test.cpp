@@ -175,7 +175,7 @@ TEST(Epochs, AllHeadsAreReadWhateverLiesBetween) {
 
 TEST(Epochs, ValuesAreRoundedOnce) {
   std::mt19937 random(1);
-  CSetup setup;
+  CSetup setup(0);
   setup.channelCount = setup.channelCapacity = 3;
   ASSERT_TRUE(setup.MakeChannels());
   const std::size_t points = 500;
