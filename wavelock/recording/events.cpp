@@ -180,4 +180,32 @@ bool CRecordingFile::ReadTriggerWords() {
   return isWhole;
 }
 
+// One write for many records. The table in memory keeps its sample indexes.
+bool CRecordingFile::WriteEventTable() {
+  constexpr std::uint64_t kLargestByOffset = 0x40000000;
+  if (!file || !setup) return false;
+  const bool bySample = file->Size().value_or(0) >= kLargestByOffset;
+  const auto sampleBytes =
+      static_cast<std::uint32_t>(setup->channelCount) * static_cast<std::uint32_t>(sampleWidth);
+  const std::span<const EventRecord> events = eventGroup.Elements();
+  EventTableHead head;
+  head.kind = static_cast<std::uint8_t>(bySample ? kRecordsBySample : kRecordsByOffset);
+  head.byteSize = WrapToInt32(static_cast<std::int64_t>(events.size_bytes()));
+  bool isWritten = file->Write(BytesOf(head));
+  for (std::size_t first = 0; first < events.size() && isWritten; first += kRecordsAtOnce) {
+    const std::span<const EventRecord> part =
+        events.subspan(first, std::min(kRecordsAtOnce, events.size() - first));
+    const std::span<std::byte> bytes = readBuffer_.Take(part.size_bytes());
+    isWritten = bytes.size() == part.size_bytes();
+    for (std::size_t i = 0; i < part.size() && isWritten; ++i) {
+      EventRecord record = part[i];
+      if (!bySample) record.point = sampleBytes * record.point + static_cast<std::uint32_t>(dataStart);
+      std::memcpy(bytes.data() + i * sizeof record, &record, sizeof record);
+    }
+    isWritten = isWritten && file->Write(bytes);
+  }
+  if (!isWritten) ReportMessage(NumberedMessage(MessageNumber::kEventTableNotWritten));
+  return true;
+}
+
 }  // namespace wavelock

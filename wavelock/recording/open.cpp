@@ -174,8 +174,8 @@ int CRecordingFile::GetAcquisitionKind() const {
 }
 
 int CRecordingFile::HeaderSize() const {
-  constexpr int kRecordsInHeader = sizeof(RecordingHeader) / sizeof(ChannelRecord);
-  return (setup->channelCount + kRecordsInHeader) * static_cast<int>(sizeof(ChannelRecord));
+  return IsStorableChannelCount(setup->channelCount) ? static_cast<int>(HeaderSizeFor(setup->channelCount))
+                                                     : 0;
 }
 
 }  // namespace wavelock

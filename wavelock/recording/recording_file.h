@@ -9,6 +9,8 @@
 //   continuous samples                continuous.cpp, deinterleave.cpp, sample_conversion.cpp
 //   events                            events.cpp
 //   epochs                            epochs.cpp
+//   setup to header                   header_writer.cpp
+//   creating and saving               saving.cpp
 //
 // One recording serves one thread at a time; any number of them live in any number of threads.
 #pragma once
@@ -168,6 +170,36 @@ class CRecordingFile {
                                float reactionTime, std::uint16_t response);
   virtual bool AppendEpochFloat(const float* in, std::uint32_t inBytes);
 
+  // ---- saving
+  //
+  // A recording is created, its samples, epochs or sections are appended, and it is saved. The header goes in
+  // last: until SaveAndClose comes to it there is a hole in its place, so a recording whose program ended
+  // before is no recording at all, and one that is saved has reached the disk.
+
+  // Makes the file, or empties it, and leaves room for the header of the setup's channels, whose number must
+  // not change from here on. `width` is the bytes of a stored sample, 2 or 4. False, with no file left
+  // behind, when it cannot be written.
+  virtual bool CreateFile(std::string path, int width);
+
+  // Writes events, setup, what stands beside the samples and the header of a created recording, and closes
+  // it. A `stamp` other than 0, in seconds since 1970, becomes the subject's date and time of recording.
+  // False without an open file. Anything that cannot be written on the way leaves the file as far as it
+  // stands and is not told: as the header is last, such a file cannot be opened, or lacks what could not be
+  // written.
+  virtual bool SaveAndClose(std::int64_t stamp);
+
+  // Asks where to save the setup as a file of its own. False when nobody said.
+  virtual bool SaveSetupAs();
+
+  // The header and channel records of a setup in the current form, HeaderSize bytes of it. Values that cannot
+  // stand in a header are replaced, in the setup too. False for a setup of an unknown kind, of which only the
+  // first fields are filled, and for null.
+  bool FillHeader(CSetup* from, void* buffer);
+  bool WriteHeaderBlock(const void* buffer, File* target, int size);
+
+  // Writes the events where the file stands, as byte offsets in files below 1 GiB and as samples above.
+  bool WriteEventTable();
+
   // ---- state, open to the classes of the system
 
   int sampleWidth = 2;  // bytes of one stored sample: 2 or 4
@@ -185,8 +217,10 @@ class CRecordingFile {
   CEventGroup eventGroup;
   std::unique_ptr<CSetup> setup;
   TypedArray<EpochHeader> epochHeaders;  // of all epochs; empty until somebody asks for one
-  int halveSpectrum = 0;                 // spectra without a scale are delivered halved
-  int dataStart = -1;                    // file position of the first sample
+  int wroteStatistics = 0;               // since the file was created
+  int wroteVariance = 0;
+  int halveSpectrum = 0;  // spectra without a scale are delivered halved
+  int dataStart = -1;     // file position of the first sample
   int headerRevision = -1;
   HeaderImage rawHeader{};  // the block at the start, in its current form
   CCorrectionOverlay overlay;
@@ -224,6 +258,11 @@ class CRecordingFile {
                        std::uint16_t* out);
   std::uint64_t EndOfPiece(std::uint64_t start) const;
   bool AppendCounts(std::span<const float> values, std::uint64_t samples);
+
+  std::uint64_t SamplesWritten();
+  void TakeTimeOfSaving(std::int64_t stamp);
+  void WriteTail();
+  void SetReadOnlyIfWanted(const std::string& path);
 
   bool ReadEventRecords(int kind, std::int32_t count);
   bool ReadTriggerWords();

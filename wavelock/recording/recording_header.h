@@ -263,6 +263,18 @@ struct HeaderImage {
 };
 static_assert(sizeof(HeaderImage) == 900 + 512 * 75);
 
+// Bytes of the block for that many channels.
+inline constexpr std::size_t HeaderSizeFor(int channelCount) {
+  return sizeof(RecordingHeader) + static_cast<std::size_t>(channelCount) * sizeof(ChannelRecord);
+}
+
+// Setups may have more channels than any reader of a header takes; these are counts whose block can be
+// written.
+inline constexpr bool IsStorableChannelCount(int count) {
+  constexpr int kMost = 1 << 20;
+  return count >= 0 && count <= kMost;
+}
+
 inline constexpr bool IsChannelCount(int count) {
   return count >= 1 && count <= kMaxChannels;
 }

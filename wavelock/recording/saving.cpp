@@ -1,0 +1,121 @@
+// Creating a recording and finishing it.
+#include <memory>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "wavelock/prompts/messages.h"
+#include "wavelock/recording/recording_file.h"
+#include "wavelock/setup/section_tags.h"
+#include "wavelock/setup/tff_file.h"
+
+namespace wavelock {
+namespace {
+
+// The form of the tail. Readers ask before they open one that is newer than they know.
+constexpr std::int32_t kTailRevision = 1;
+
+}  // namespace
+
+bool CRecordingFile::CreateFile(std::string path, int width) {
+  sampleWidth = width;
+  pendingConversionNotice = 0;
+  wroteStatistics = 0;
+  wroteVariance = 0;
+  if ((width != 2 && width != 4) || !IsStorableChannelCount(setup->channelCount)) return false;
+  const std::vector<std::byte> hole(HeaderSizeFor(setup->channelCount));
+  file = host.files.Open(path, OpenMode::kCreate);
+  if (!file) return false;
+  fileName = file->Name();
+  filePath = file->Path();
+  if (!file->Write(hole)) {
+    file.reset();
+    host.files.Delete(path);
+    fileName.clear();
+    filePath.clear();
+    return false;
+  }
+  dataStart = static_cast<int>(hole.size());
+  return true;
+}
+
+bool CRecordingFile::SaveSetupAs() {
+  return setup && setup->SaveAs("");
+}
+
+bool CRecordingFile::SaveAndClose(std::int64_t stamp) {
+  if (std::exchange(pendingConversionNotice, 0) != 0) {
+    ReportMessage(NumberedMessage(MessageNumber::kSamplesClipped, fileName));
+  }
+  if (!file) return false;
+  const std::string path = filePath;
+  setup->hasVariance = wroteVariance;
+  if (setup->dataKind == kAverage && wroteStatistics != 0) setup->dataKind = kAverageWithStatistics;
+  if (setup->dataKind == kAverageWithStatistics && wroteStatistics == 0) setup->dataKind = kAverage;
+  setup->wideSamples = sampleWidth == 4 ? 1 : 0;  // or nobody could read what was written
+
+  const WaitCursor wait(host.modal);
+  if (stamp != 0) TakeTimeOfSaving(stamp);
+  std::vector<std::byte> block(static_cast<std::size_t>(HeaderSize()));
+  FillHeader(setup.get(), block.data());
+  if (block.size() >= sizeof(RecordingHeader)) {
+    auto& header = *reinterpret_cast<RecordingHeader*>(block.data());
+    header.eventTablePosition = static_cast<std::uint32_t>(file->Seek(0, SeekOrigin::kEnd).value_or(0));
+    if (setup->dataKind == kContinuous) WriteEventTable();
+    file->Flush();
+    const std::uint64_t tail = file->Seek(0, SeekOrigin::kEnd).value_or(0);
+    header.tailPositionLow = static_cast<std::uint32_t>(tail);
+    header.tailPositionHigh = static_cast<std::uint32_t>(tail >> 32);
+    setup->SaveEmbedded(*file, tail);
+    WriteTail();
+    file->Flush();  // the header vouches for what it points to
+    if (file->SeekTo(0)) WriteHeaderBlock(block.data(), file.get(), static_cast<int>(block.size()));
+    file->Flush();
+  }
+  file.reset();
+  fileName.clear();
+  filePath.clear();
+  SetReadOnlyIfWanted(path);
+  return true;
+}
+
+void CRecordingFile::TakeTimeOfSaving(std::int64_t stamp) {
+  setup->subject->recordTime = host.process.LocalTime(stamp, "%H:%M:%S");
+  setup->subject->recordDate = host.process.LocalTime(stamp, "%m/%d/%Y");
+}
+
+// Behind the setup: what stands beside the samples, and the record that closes the tail.
+void CRecordingFile::WriteTail() {
+  CTffFile tail(*file, file->Seek(0, SeekOrigin::kEnd).value_or(0));
+  if (setup->dataKind == kContinuous) {
+    overlay.Save(tail);
+    labelList.SortByValue();
+    labelList.Save(tail);
+  } else {
+    markerList.Save(tail);
+  }
+  Stored<std::int32_t> revision;
+  revision = kTailRevision;
+  tail.WriteSection(tag::kTailRevision, sizeof revision, &revision, 0);
+}
+
+void CRecordingFile::SetReadOnlyIfWanted(const std::string& path) {
+  if (host.profile.GetInt(profile::kState, profile::kAutoReadOnly, 0) == 0) return;
+  if (auto status = host.files.Status(path)) {
+    status->readOnly = true;
+    host.files.SetStatus(path, *status);
+  }
+}
+
+// Samples per channel between the header and where the file ends now. Nothing but continuous samples is
+// counted.
+std::uint64_t CRecordingFile::SamplesWritten() {
+  const std::uint64_t end = file ? file->Size().value_or(0) : 0;
+  const auto sampleBytes =
+      static_cast<std::uint64_t>(setup->channelCount) * static_cast<std::uint64_t>(sampleWidth);
+  if (setup->dataKind != kContinuous || dataStart < 0 || end < static_cast<std::uint64_t>(dataStart))
+    return 0;
+  return (end - static_cast<std::uint64_t>(dataStart)) / sampleBytes;
+}
+
+}  // namespace wavelock
