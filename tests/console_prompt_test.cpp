@@ -101,6 +101,19 @@ TEST(ConsolePrompt, NobodyIsAskedWithoutATerminalAndTheOutcomeIsTold) {
             "wavelock: No terminal to ask on: taken as read.\n");
 }
 
+TEST(ConsolePrompt, PathToSaveToIsTypedAndAFileIsReplacedOnlyWhenWanted) {
+  const SavePathDialog dialog{.defaultExtension = "ast", .initialFile = "Old", .initialFolder = "no/folder/"};
+  EXPECT_EQ(Console(" New Name \n").modal.AskSavePath(dialog), "New Name.ast");
+  EXPECT_EQ(Console("x.y\n").modal.AskSavePath(dialog), "x.y");
+  EXPECT_EQ(Console("\n").modal.AskSavePath(dialog), "no/folder/Old.ast");
+  EXPECT_EQ(Console("\nx\n").modal.AskSavePath({}), "x") << "there is no usual name";
+  EXPECT_EQ(Console("q\n").modal.AskSavePath(dialog), std::nullopt);
+  EXPECT_EQ(Console("").modal.AskSavePath(dialog), std::nullopt);
+  EXPECT_EQ(Console("x\n", false).modal.AskSavePath(dialog), std::nullopt);
+  EXPECT_EQ(Console("/\nn\nx.ast\n").modal.AskSavePath({}), "x.ast");
+  EXPECT_EQ(Console("/\ny\n").modal.AskSavePath({}), "/");
+}
+
 TEST(ConsolePrompt, TextsCannotSteerTheTerminal) {
   Console console("");
   console.modal.ShowMessage(Text("caf\xC3\xA9 \x1B[2J\x07 \xC2\x9B\x31m\nline"));
@@ -112,6 +125,7 @@ TEST(SilentModalInterface, AnswersNothingButNoAndCancel) {
   ModalDialog dialog = BoxDialog();
   EXPECT_FALSE(modal.AskYesNo(Text("Go on?")));
   EXPECT_FALSE(modal.RunDialog(dialog));
+  EXPECT_EQ(modal.AskSavePath({}), std::nullopt);
 }
 
 }  // namespace

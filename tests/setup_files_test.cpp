@@ -1,0 +1,165 @@
+// Setup files are found, loaded and saved, and a save that fails leaves the old file as it was.
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "tests/support/failing_files.h"
+#include "tests/support/setup_values.h"
+#include "tests/support/test_host.h"
+#include "wavelock/prompts/messages.h"
+#include "wavelock/setup/setup.h"
+
+namespace wavelock {
+namespace {
+
+std::unique_ptr<CSetup> NewSetup(Host& host, const std::string& fileName) {
+  auto setup = std::make_unique<CSetup>(0, host);
+  EXPECT_TRUE(setup->ResetToDefaults());
+  setup->setupFileName = fileName;
+  return setup;
+}
+
+void SaveWithRate(Host& host, const std::string& fileName, std::int32_t rate) {
+  const auto setup = NewSetup(host, fileName);
+  setup->sampleRate = rate;
+  setup->SaveFile();
+}
+
+std::int32_t RateIn(Host& host, const std::string& fileName) {
+  const auto setup = NewSetup(host, fileName);
+  return setup->LoadFile() ? setup->sampleRate : 0;
+}
+
+TEST(SetupFiles, ASavedFileReplacesTheOldOneCompletely) {
+  TestHost test;
+  test.memory.Put("f.ast", std::vector<std::byte>(5'000'000));
+  SaveWithRate(test.host, "f.ast", 333);
+  EXPECT_EQ(RateIn(test.host, "f.ast"), 333);
+  EXPECT_LT(test.memory.Contents("f.ast")->size(), 300'000u);
+  EXPECT_FALSE(test.memory.Exists("f.ast.0.new"));
+  EXPECT_EQ(RateIn(test.host, "missing.ast"), 0);
+  EXPECT_TRUE(test.user.messages.empty());
+}
+
+TEST(SetupFiles, ASaveThatFailsAnywhereLeavesTheOldFileOrTheNewOne) {
+  std::size_t calls = 0;
+  for (std::size_t n = 0; n == 0 || n < calls; ++n) {
+    for (const FaultKind kind : {FaultKind::kError, FaultKind::kShort}) {
+      SCOPED_TRACE(n);
+      TestHost test;
+      SaveWithRate(test.host, "f.ast", 111);
+      FailingFiles failing(test.memory);
+      TestHost failed(failing);
+      failing.FailAt(n, kind);
+      SaveWithRate(failed.host, "f.ast", 222);
+      calls = failing.Calls().size();
+      const bool isSaved = failed.user.messages.empty();
+      EXPECT_EQ(RateIn(test.host, "f.ast"), isSaved ? 222 : 111);
+    }
+  }
+  EXPECT_GT(calls, 100u);
+}
+
+TEST(SetupFiles, AFileThatCannotBeReplacedIsToldByName) {
+  TestHost test;
+  SaveWithRate(test.host, "f.ast", 111);
+  test.memory.SetStatus("f.ast", {.readOnly = true});
+  SaveWithRate(test.host, "f.ast", 222);
+  SaveWithRate(test.host, "", 222);
+  ASSERT_EQ(NumbersOf(test.user.messages), (std::vector<int>{5, 5}));
+  EXPECT_EQ(test.user.messages[0].insertion, "f.ast");
+  EXPECT_EQ(RateIn(test.host, "f.ast"), 111);
+  EXPECT_FALSE(test.memory.Exists("f.ast.0.new"));
+}
+
+TEST(SetupFiles, SaveAsAsksFromTheNameOrFromTheFileAndRemembersTheChoice) {
+  TestHost test;
+  const auto setup = NewSetup(test.host, "C:\\setups\\old.ast");
+  test.user.ExpectSavePath(std::nullopt);
+  EXPECT_FALSE(setup->SaveAs(nullptr));
+  EXPECT_EQ(test.user.savePaths[0].initialFile, "old.ast");
+  EXPECT_EQ(test.user.savePaths[0].initialFolder, "C:\\setups\\");
+  EXPECT_EQ(test.user.savePaths[0].defaultExtension, "ast");
+  EXPECT_EQ(test.user.savePaths[0].filter, "Setup Files (*.ast)|*.ast||");
+  EXPECT_EQ(setup->setupFileName, "C:\\setups\\old.ast");
+
+  test.user.ExpectSavePath("new.ast");
+  EXPECT_TRUE(setup->SaveAs(""));
+  EXPECT_EQ(test.user.savePaths[1].initialFile, "");
+  EXPECT_EQ(test.user.savePaths[1].initialFolder, "");
+  EXPECT_EQ(setup->setupFileName, "new.ast");
+  EXPECT_EQ(test.profile.GetString(profile::kState, profile::kSetupFile, ""), "new.ast");
+  EXPECT_EQ(RateIn(test.host, "new.ast"), 1000);
+}
+
+TEST(SetupFiles, EmbeddedSetupsShareTheFileOfTheirOwner) {
+  TestHost test;
+  test.memory.Put("r", std::vector<std::byte>(50));
+  const auto file = test.memory.Open("r", OpenMode::kReadWrite);
+  const auto setup = NewSetup(test.host, "own.ast");
+  setup->timeEnd = 99;
+  setup->subject->age = 41;
+  file->Seek(0, SeekOrigin::kEnd);
+  EXPECT_TRUE(setup->SaveEmbedded(*file, 50));
+  EXPECT_EQ(setup->timeEnd, 0.5F) << "the axis is brought into line first";
+  const auto loaded = NewSetup(test.host, "own.ast");
+  EXPECT_TRUE(loaded->LoadEmbedded(*file, 50));
+  EXPECT_EQ(loaded->subject->age, 41);
+  EXPECT_EQ(loaded->setupFileName, "own.ast");
+  EXPECT_FALSE(loaded->LoadEmbedded(*file, 51));
+  EXPECT_TRUE(file->SeekTo(0));
+}
+
+// ---- the search for a default file
+
+TEST(SetupFiles, NewSetupLoadsTheFileOfTheProfile) {
+  TestHost test;
+  {
+    const auto saved = NewSetup(test.host, "mine.ast");
+    saved->sampleRate = 250;
+    saved->fromRecording = 1;
+    saved->acceptedSweeps = 5;
+    saved->SaveFile();
+  }
+  test.profile.SetString(profile::kState, profile::kSetupFile, "mine.ast");
+  const auto setup = std::make_unique<CSetup>(1, test.host);
+  EXPECT_EQ(setup->sampleRate, 250);
+  EXPECT_EQ(setup->setupFileName, "mine.ast");
+  EXPECT_EQ(setup->fromRecording, 0) << "it is the setup of no recording";
+  EXPECT_EQ(setup->acceptedSweeps, 0);
+}
+
+TEST(SetupFiles, NewSetupFallsBackOnTheFileBesideTheProgram) {
+  TestHost test;
+  SaveWithRate(test.host, "/programs/default.ast", 250);
+  const auto setup = std::make_unique<CSetup>(1, test.host);
+  EXPECT_EQ(setup->sampleRate, 250);
+  EXPECT_EQ(test.profile.GetString(profile::kState, profile::kSetupFile, ""), "/programs/default.ast");
+}
+
+TEST(SetupFiles, NewSetupRemovesADefaultFileThatCannotBeLoaded) {
+  TestHost test;
+  test.memory.Put("/programs/default.ast", std::vector<std::byte>(10));
+  const auto setup = std::make_unique<CSetup>(1, test.host);
+  EXPECT_EQ(setup->channelCount, 32);
+  EXPECT_TRUE(setup->channels);
+  EXPECT_FALSE(test.memory.Exists("/programs/default.ast"));
+  EXPECT_EQ(test.profile.GetString(profile::kState, profile::kSetupFile, ""), "/programs/default.ast");
+}
+
+TEST(SetupFiles, ProgramDirectoryClosesWithASeparator) {
+  TestHost test;
+  const CSetup setup(0, test.host);
+  for (const auto& [path, directory] :
+       {std::pair{"/programs/wavelock", "/programs/"}, std::pair{"wavelock", ""},
+        std::pair{"C:wavelock.exe", "C:"}, std::pair{"C:\\bin\\wavelock.exe", "C:\\bin\\"},
+        std::pair{"C:bin\\wavelock.exe", "C:\\bin\\"}}) {
+    test.process.executablePath = path;
+    EXPECT_EQ(setup.ProgramDirectory(), directory);
+  }
+  EXPECT_EQ(CSetup::NameOf("C:\\bin\\a.b.ast"), "a.b.ast");
+  EXPECT_EQ(CSetup::DirectoryOf("C:\\bin\\a.b.ast"), "C:\\bin\\");
+}
+
+}  // namespace
+}  // namespace wavelock
