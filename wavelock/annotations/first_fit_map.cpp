@@ -35,6 +35,7 @@ std::vector<std::uint32_t> OrderOfBeginnings(std::span<const FirstFitMap::Interv
 
 // Walks over the borders with those intervals at hand that have begun, the first in the list on top.
 FirstFitMap::FirstFitMap(std::span<const Interval> intervals) {
+  steps_.push_back({0, kNone});
   const std::vector<std::uint32_t> order = OrderOfBeginnings(intervals);
   auto next = order.begin();
   std::priority_queue<std::uint32_t, std::vector<std::uint32_t>, std::greater<>> begun;
@@ -42,15 +43,33 @@ FirstFitMap::FirstFitMap(std::span<const Interval> intervals) {
     for (; next != order.end() && intervals[*next].first <= border; ++next) begun.push(*next);
     while (!begun.empty() && intervals[begun.top()].end <= border) begun.pop();
     const std::uint32_t winner = begun.empty() ? kNone : begun.top();
-    if (steps_.empty() || steps_.back().index != winner) steps_.push_back({border, winner});
+    if (border == 0) {
+      steps_.front().index = winner;
+    } else if (steps_.back().index != winner) {
+      steps_.push_back({border, winner});
+    }
   }
 }
 
-FirstFitMap::Run FirstFitMap::At(std::uint32_t position) const {
+// True when the step reaches over the position.
+bool FirstFitMap::IsWithin(std::size_t step, std::uint64_t position) const {
+  return step < steps_.size() && steps_[step].position <= position && position < EndOf(step);
+}
+
+std::uint64_t FirstFitMap::EndOf(std::size_t step) const {
+  return step + 1 < steps_.size() ? steps_[step + 1].position : kPositionsEnd;
+}
+
+std::size_t FirstFitMap::StepAt(std::uint64_t position) const {
   const auto next = std::upper_bound(steps_.begin(), steps_.end(), position,
-                                     [](std::uint32_t p, const Step& step) { return p < step.position; });
-  return {next == steps_.begin() ? kNone : std::prev(next)->index,
-          next == steps_.end() ? kPositionsEnd : next->position};
+                                     [](std::uint64_t p, const Step& step) { return p < step.position; });
+  return static_cast<std::size_t>(next - steps_.begin()) - 1;
+}
+
+FirstFitMap::Run FirstFitMap::At(std::uint32_t position) {
+  if (steps_.empty()) return {kNone, kPositionsEnd};
+  if (!IsWithin(last_, position)) last_ = IsWithin(last_ + 1, position) ? last_ + 1 : StepAt(position);
+  return {steps_[last_].index, EndOf(last_)};
 }
 
 }  // namespace wavelock

@@ -31,7 +31,8 @@ class FirstFitMap {
   // Throws std::bad_alloc.
   explicit FirstFitMap(std::span<const Interval> intervals);
 
-  Run At(std::uint32_t position) const;
+  // Fastest at and a little behind the position of the last call.
+  Run At(std::uint32_t position);
 
  private:
   struct Step {
@@ -39,7 +40,12 @@ class FirstFitMap {
     std::uint32_t index;  // from this position on to that of the next step
   };
 
-  std::vector<Step> steps_;
+  bool IsWithin(std::size_t step, std::uint64_t position) const;
+  std::uint64_t EndOf(std::size_t step) const;
+  std::size_t StepAt(std::uint64_t position) const;
+
+  std::vector<Step> steps_;  // the first at position 0
+  std::size_t last_ = 0;     // the step that was found last
 };
 
 }  // namespace wavelock

@@ -25,6 +25,8 @@ std::vector<double> CalibrationsOf(std::span<const ChannelRecord> channels) {
   return calibrations;
 }
 
+constexpr double kFirstBeyondInt32 = 2147483648.0;
+
 // ---- Rows
 
 // What a row adds to the samples of all channels, repeated until the loop over it is worth vectorising.
@@ -33,15 +35,32 @@ class RowTerms {
  public:
   explicit RowTerms(std::span<const ChannelRecord> channels)
       : calibrations_(CalibrationsOf(channels)),
+        quotients_(channels.size()),
         counts_(channels.size() * std::max<std::size_t>(1, kWantedLength / channels.size())) {}
 
-  void Take(const CCorrectionOverlay& overlay, std::uint32_t row) {
+  void Take(const OverlayRow& row) {
     const std::size_t channels = calibrations_.size();
-    for (std::uint32_t c = 0; c < channels; ++c) {
-      const double value = overlay.GetRowValue(static_cast<std::int32_t>(row - 1), c);
-      counts_[c] = static_cast<Count>(TruncateAndWrap(value * kCountsPerUnit / calibrations_[c]));
+    for (std::size_t c = 0; c < channels; ++c) {
+      quotients_[c] = row.channelValue[c] * kCountsPerUnit / calibrations_[c];
     }
-    for (std::size_t i = channels; i < counts_.size(); ++i) counts_[i] = counts_[i - channels];
+    unsigned beyond = 0;
+    for (std::size_t c = 0; c < channels; ++c) {
+      beyond |= std::fabs(quotients_[c]) < kFirstBeyondInt32 ? 0u : 1u;  // so is NaN
+    }
+    if (beyond == 0) {
+      for (std::size_t c = 0; c < channels; ++c) {
+        counts_[c] = static_cast<Count>(static_cast<std::int32_t>(quotients_[c]));
+      }
+    } else {
+      for (std::size_t c = 0; c < channels; ++c) {
+        counts_[c] = static_cast<Count>(TruncateAndWrap(quotients_[c]));
+      }
+    }
+    for (std::size_t filled = channels; filled < counts_.size();) {
+      const std::size_t more = std::min(filled, counts_.size() - filled);
+      std::copy_n(counts_.data(), more, counts_.data() + filled);
+      filled += more;
+    }
   }
 
   void AddTo(Sample* samples, std::size_t values) const {
@@ -64,20 +83,31 @@ class RowTerms {
   }
 
   std::vector<double> calibrations_;
+  std::vector<double> quotients_;
   std::vector<Count> counts_;
 };
 
 // ---- Polynomials
 
-// Channels whose sums are kept in registers while all powers are added up.
-constexpr std::size_t kLanes = 8;
+// Channels whose sums are kept in registers while all powers are added up; fewer where there are few.
+constexpr std::size_t kManyLanes = 8;
+constexpr std::size_t kFewLanes = 2;
+
+std::size_t LanesFor(std::size_t channels) {
+  return channels < kManyLanes ? kFewLanes : kManyLanes;
+}
+
+std::size_t WholeLanes(std::size_t channels) {
+  const std::size_t lanes = LanesFor(channels);
+  return (channels + lanes - 1) / lanes * lanes;
+}
 
 // The polynomials of one segment, with the channels filled up to whole groups of lanes.
 class PolynomialTerms {
  public:
   explicit PolynomialTerms(std::span<const ChannelRecord> channels)
       : channels_(channels.size()),
-        stride_((channels.size() + kLanes - 1) / kLanes * kLanes),
+        stride_(WholeLanes(channels.size())),
         calibrations_(CalibrationsOf(channels)),
         counts_(stride_) {
     calibrations_.resize(stride_, 1.0);
@@ -136,6 +166,15 @@ class PolynomialTerms {
   // Sums run from the lowest power to the highest, which decides how they are rounded.
   template <class ToCount>
   void WorkOut(ToCount toCount) {
+    if (LanesFor(channels_) == kFewLanes) {
+      WorkOutBy<kFewLanes>(toCount);
+    } else {
+      WorkOutBy<kManyLanes>(toCount);
+    }
+  }
+
+  template <std::size_t kLanes, class ToCount>
+  void WorkOutBy(ToCount toCount) {
     const double* const coefficients = coefficients_.data();
     const double* const calibrations = calibrations_.data();
     std::int32_t* const counts = counts_.data();
@@ -224,7 +263,7 @@ class OverlayWalk : public OverlayPass {
     const FirstFitMap::Run found = overlay_.FindRowRun(shifted);
     if (found.index != 0 && found.index != row_) {
       row_ = found.index;
-      rowTerms_.Take(overlay_, row_);
+      rowTerms_.Take(overlay_.Rows()[row_ - 1]);
     }
     run = std::min(run, found.end - shifted);
   }
