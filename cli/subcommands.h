@@ -5,14 +5,14 @@
 
 namespace wavelock::command {
 
+MakeSubcommand MakeCall;
 MakeSubcommand MakeEvents;
 MakeSubcommand MakeInfo;
+MakeSubcommand MakeRegister;
 MakeSubcommand MakeSamples;
 
 inline constexpr MakeSubcommand* kSubcommands[] = {
-    MakeInfo,
-    MakeSamples,
-    MakeEvents,
+    MakeInfo, MakeSamples, MakeEvents, MakeCall, MakeRegister,
 };
 
 }  // namespace wavelock::command

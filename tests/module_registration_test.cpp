@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <optional>
 #include <string>
 
@@ -119,7 +120,7 @@ TEST(ModuleRegistration, FileRegistryKeepsTheTreeAndGoesWhenItIsEmpty) {
     RemoveKey(t, "a");
     RemoveKey(t, "b WITHOUT values");
   }));
-  EXPECT_FALSE(files.Exists(folder.Path("deep/registry.ini")));
+  EXPECT_TRUE(std::filesystem::is_empty(folder.Path("deep")));
 }
 
 TEST(ModuleClasses, FactoriesMakeTheirClassesAlone) {
@@ -253,7 +254,7 @@ TEST_F(LoadedModuleTest, ModuleRegistersItselfForTheUserAndLeavesNothing) {
               Optional(std::string(WAVELOCK_CONTROL_MODULE)));
   EXPECT_EQ(UnregisterModule(libraries, WAVELOCK_CONTROL_MODULE), Result::kDone);
   EXPECT_THAT(*users.Read(), IsEmpty());
-  EXPECT_FALSE(files.Exists(user.folder.Path("wavelock/registry.ini")));
+  EXPECT_TRUE(std::filesystem::is_empty(user.folder.Path("wavelock")));
   EXPECT_EQ(RegisterModule(libraries, user.folder.Path("missing.so")), Result::kModuleNotFound);
 }
 

@@ -47,6 +47,7 @@ class Variant {
   Variant(float value) : type_(ValueType::kR4) { value_.r4 = value; }
   Variant(bool value) : type_(ValueType::kBool) { value_.i2 = value ? kTrue : kFalse; }
   Variant(const char* text) : Variant(std::string_view(text)) {}
+  Variant(char* text) : Variant(std::string_view(text)) {}
   Variant(std::string_view text);  // std::bad_alloc without memory
   template <class T>
   Variant(T*) = delete;  // would be taken for a boolean

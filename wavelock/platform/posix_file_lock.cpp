@@ -19,27 +19,46 @@ constexpr int kAttempts = 400;
 // The system frees the lock with the descriptor, also when the process ends by force.
 class PosixFileLock : public FileLock {
  public:
-  explicit PosixFileLock(PosixDescriptor descriptor) : descriptor_(std::move(descriptor)) {}
+  PosixFileLock(PosixDescriptor descriptor, std::string path)
+      : descriptor_(std::move(descriptor)), path_(std::move(path)) {}
+
+  void RemoveFile() override { unlink(path_.c_str()); }
 
  private:
   PosixDescriptor descriptor_;
+  const std::string path_;
 };
+
+PosixDescriptor OpenLock(const std::string& path) {
+  return PosixDescriptor(
+      Uninterrupted([&] { return open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR); }));
+}
 
 bool IsHeldByAnother(int descriptor) {
   return Uninterrupted([&] { return flock(descriptor, LOCK_EX | LOCK_NB); }) != 0 && errno == EWOULDBLOCK;
 }
 
+// Whoever held the lock before may have removed its file: others then lock another one of that name.
+bool IsStillAt(const std::string& path, int descriptor) {
+  struct stat held;
+  struct stat named;
+  return fstat(descriptor, &held) == 0 && stat(path.c_str(), &named) == 0 && held.st_dev == named.st_dev &&
+         held.st_ino == named.st_ino;
+}
+
 }  // namespace
 
 std::unique_ptr<FileLock> LockFile(const std::string& path) {
-  PosixDescriptor descriptor(
-      Uninterrupted([&] { return open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR); }));
-  if (!descriptor.IsOpen()) return nullptr;
-  for (int attempt = 0; IsHeldByAnother(descriptor.Number()); ++attempt) {
-    if (attempt == kAttempts) return nullptr;
-    std::this_thread::sleep_for(kPause);
+  for (int attempt = 0; attempt <= kAttempts; ++attempt) {
+    PosixDescriptor descriptor = OpenLock(path);
+    if (!descriptor.IsOpen()) return nullptr;
+    if (IsHeldByAnother(descriptor.Number())) {
+      std::this_thread::sleep_for(kPause);
+    } else if (IsStillAt(path, descriptor.Number())) {
+      return std::make_unique<PosixFileLock>(std::move(descriptor), path);
+    }
   }
-  return std::make_unique<PosixFileLock>(std::move(descriptor));
+  return nullptr;
 }
 
 }  // namespace wavelock

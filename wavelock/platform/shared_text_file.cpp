@@ -46,7 +46,11 @@ bool SharedTextFile::Change(const std::function<std::string(const std::string&)>
   const auto lock = LockFile(path_ + ".lock");
   if (!lock) return false;
   const auto text = Read();
-  return text && Replace(change(*text));
+  if (!text) return false;
+  const std::string changed = change(*text);
+  const bool isReplaced = Replace(changed);
+  if (isReplaced && changed.empty()) lock->RemoveFile();
+  return isReplaced;
 }
 
 bool SharedTextFile::Replace(const std::string& text) {

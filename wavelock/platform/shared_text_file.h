@@ -21,7 +21,8 @@ class SharedTextFile {
   // Empty when there is no file yet; nothing when it cannot be read.
   std::optional<std::string> Read();
 
-  // A text that becomes empty is kept as no file at all. After a failure the old text is still in its place.
+  // A text that becomes empty is kept as no file at all, and without a lock beside it. After a failure the
+  // old text is still in its place.
   bool Change(const std::function<std::string(const std::string&)>& change);
 
  private:
