@@ -1,4 +1,5 @@
-# Installs the library with its headers and the control module, so that CMake finds it as wavelock::wavelock and pkg-config as wavelock.
+# Installs the library with its headers and the control module, so that CMake finds it as wavelock::wavelock and
+# pkg-config as wavelock.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS wavelock EXPORT wavelock-targets)

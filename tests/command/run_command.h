@@ -18,6 +18,7 @@ class CommandFolder {
  public:
   void Put(const std::string& name, const RecordingBuilder& recording);
   void PutText(const std::string& name, const std::string& text);
+  std::string Path(const std::string& name) const { return folder_.Path(name); }
   bool Holds(const std::string& name) const;
   std::string Text(const std::string& name) const;  // all bytes of that file
 

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "tests/command/run_command.h"
+#include "wavelock/recording/recording_file.h"
 
 namespace wavelock {
 namespace {
@@ -19,6 +20,16 @@ RecordingBuilder ThreeSamples() {
       .Labels({"Fz", "Cz", "1"})
       .Sensitivity(1, 0.25f)
       .Samples({1, -2, 3, 4, 5, -32768, 7, 8, 9});
+}
+
+// One sample of 4 bytes.
+void SaveWide(const std::string& path) {
+  CRecordingFile recording(1);
+  recording.setup->channelCount = 2;
+  const std::vector<float> microvolts = {100'000, -100'000};
+  ASSERT_TRUE(recording.CreateFile(path, 4));
+  ASSERT_TRUE(recording.AppendContinuousFloat(microvolts.data(), 2 * sizeof(float)));
+  ASSERT_TRUE(recording.SaveAndClose(0));
 }
 
 template <class T>
@@ -65,6 +76,17 @@ TEST(SamplesOutput, NpyHeadTellsTypeAndShapeAndAlignsTheData) {
                                                "', 'fortran_order': False, 'shape': (3, 2), }"));
     EXPECT_EQ(npy[127], '\n');
   }
+}
+
+TEST(SamplesOutput, WideSamplesStayWide) {
+  CommandFolder folder;
+  SaveWide(folder.Path("wide.rec"));
+  const std::string npy = folder.Wavelock("samples --raw --format npy wide.rec").out;
+  EXPECT_THAT(npy, HasSubstr("'<i4'"));
+  const auto raw = Numbers<std::int32_t>(npy.substr(128));
+  ASSERT_EQ(raw.size(), 2u);
+  EXPECT_GT(raw[0], 32767);
+  EXPECT_EQ(raw[1], -raw[0]);
 }
 
 TEST(SamplesOutput, OtherKindsOfRecordingsAreRefused) {
