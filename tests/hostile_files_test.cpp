@@ -5,6 +5,7 @@
 
 #include "tests/support/failing_files.h"
 #include "tests/support/opened_recording.h"
+#include "tests/support/read_everything.h"
 
 namespace wavelock {
 namespace {
@@ -37,30 +38,6 @@ std::vector<Bytes> OneOfEach() {
           RecordingBuilder().Revision(3).Layout(2).Channels(2).Samples({1, 2, 3, 4}).Build(),
           RecordingBuilder().OldestLayout(5).AcquisitionMode(3).Channels(2).Samples({1, 2, 3, 4}).Build(),
           RecordingBuilder().Epoched().Channels(2).Points(8).Epochs({{.samples = {1, 2}}}).Build()};
-}
-
-// Reads whatever can be read without trusting a count.
-void ReadEverything(CRecordingFile& recording) {
-  std::vector<float> floats(3000);
-  std::vector<std::int32_t> raw(3000);
-  const std::uint64_t channels = std::max<std::uint64_t>(1, recording.rawHeader.header.channelCount);
-  const std::uint64_t total = recording.GetContinuousSampleCount();
-  const std::uint64_t most = std::min(total, floats.size() / channels);
-  for (const auto& [start, end] : {std::pair<std::uint64_t, std::uint64_t>{0, most},
-                                   {total - most, total},
-                                   {total / 2, total / 2 + 1}}) {
-    const std::uint64_t values = (end - start) * channels;
-    if (values > floats.size()) continue;
-    recording.ReadContinuousFloat(start, end, floats.data(), static_cast<std::uint32_t>(values * 4), 0, 0);
-    recording.ReadContinuousRaw(start, end, raw.data(),
-                                static_cast<std::int32_t>(values) * recording.sampleWidth, 0, 0);
-  }
-  recording.GetEventCount();
-  recording.GetEpochInfo(0, nullptr, nullptr, nullptr, nullptr, nullptr);
-  for (const std::uint32_t bytes : {0u, 4u, 64u, 256u}) {
-    recording.ReadEpochRaw(0, raw.data(), bytes);
-    recording.ReadEpochFloat(recording.GetEpochCount() - 1, floats.data(), bytes);
-  }
 }
 
 void OpenAndRead(const Bytes& bytes) {

@@ -1,0 +1,79 @@
+#include "tests/support/read_everything.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace wavelock {
+namespace {
+
+constexpr std::uint64_t kMostValues = 3000;  // in one read
+
+void ReadSamples(CRecordingFile& recording, std::uint64_t start, std::uint64_t end) {
+  const std::uint64_t values = (end - start) * recording.rawHeader.header.channelCount;
+  if (values > kMostValues) return;
+  const auto width = static_cast<std::uint64_t>(recording.sampleWidth);
+  std::vector<float> floats(values);
+  std::vector<std::byte> raw(values * width);
+  recording.ReadContinuousFloat(start, end, floats.data(), static_cast<std::uint32_t>(values * 4), 0, 0);
+  recording.ReadContinuousRaw(start, end, raw.data(), static_cast<std::int32_t>(raw.size()), 0, 0);
+  recording.ReadContinuousFloat(start, end, floats.data(), static_cast<std::uint32_t>(values * 4), 1, 0);
+  recording.ReadContinuousRaw(start, end, raw.data(), static_cast<std::int32_t>(raw.size()), 0, 1);
+}
+
+void ReadContinuous(CRecordingFile& recording) {
+  const std::uint64_t channels = std::max<std::uint64_t>(1, recording.rawHeader.header.channelCount);
+  const std::uint64_t total = recording.GetContinuousSampleCount();
+  const std::uint64_t most = std::min(total, kMostValues / channels);
+  ReadSamples(recording, 0, most);
+  ReadSamples(recording, total - most, total);
+  ReadSamples(recording, total / 2, total / 2 + 1);
+  ReadSamples(recording, total, total + 1);
+}
+
+void ReadEpoch(CRecordingFile& recording, std::uint32_t index) {
+  const auto points = static_cast<std::uint64_t>(std::max(recording.setup->pointCount, 0));
+  const auto channels = static_cast<std::uint64_t>(std::max(recording.setup->channelCount, 0));
+  for (const std::uint64_t values : {std::uint64_t{0}, points * channels, 2 * points * channels}) {
+    if (values > 20 * kMostValues) continue;
+    std::vector<float> floats(values);
+    std::vector<std::byte> raw(values * static_cast<std::uint64_t>(recording.sampleWidth));
+    recording.ReadEpochRaw(index, raw.data(), static_cast<std::uint32_t>(raw.size()));
+    recording.ReadEpochFloat(index, floats.data(), static_cast<std::uint32_t>(values * 4));
+  }
+  std::uint16_t trialType = 0;
+  std::uint16_t correct = 0;
+  std::uint16_t response = 0;
+  std::uint8_t accept = 0;
+  float reactionTime = 0;
+  recording.GetEpochInfo(static_cast<std::int32_t>(index), &trialType, &accept, &correct, &reactionTime,
+                         &response);
+}
+
+void ReadEpochs(CRecordingFile& recording) {
+  const std::uint32_t count = recording.GetEpochCount();
+  for (const std::uint32_t index : {0u, count / 2, count - 1, count}) ReadEpoch(recording, index);
+}
+
+void ReadBesidesSamples(CRecordingFile& recording) {
+  recording.GetEventCount();
+  for (std::int32_t i = 0; i < recording.markerList.GetCount(); ++i)
+    recording.markerList.GetAt(i)->GetLabel(false);
+  recording.labelList.SortByValue();
+  for (const std::uint32_t sample : {0u, 1u, 1000u, 0xFFFFFFFFu}) {
+    const std::uint32_t row = recording.overlay.FindRow(sample);
+    recording.overlay.GetRowValue(static_cast<std::int32_t>(row) - 1, sample);
+    recording.overlay.EvaluateAt(sample);
+  }
+}
+
+}  // namespace
+
+void ReadEverything(CRecordingFile& recording) {
+  recording.IsFileWritable();
+  ReadContinuous(recording);
+  ReadEpochs(recording);
+  ReadBesidesSamples(recording);
+}
+
+}  // namespace wavelock
