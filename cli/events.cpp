@@ -67,7 +67,7 @@ bool WriteJson(std::span<const EventRecord> events, double rate, Output& output)
 
 ExitCode Run(const Options& options) {
   const auto input = InputRecording::Open(options.path);
-  if (!input || !input->RequireContinuous()) return kFailed;
+  if (!input || !input->Require({kContinuous})) return kFailed;
   if (input->HasShown(MessageNumber::kEventsNotRead)) return kFailed;
   const auto output = Output::Open(options.output, options.path);
   if (!output) return kFailed;

@@ -1,6 +1,7 @@
 // wavelock info: what recordings are, in one table or as JSON.
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -34,6 +35,14 @@ struct Options {
   bool subject = false;
 };
 
+// What only averages have. Noise and ratio are there where they could be worked out.
+struct AverageFacts {
+  std::int32_t accepted = 0;
+  std::int32_t rejected = 0;
+  std::optional<float> noise{};
+  std::optional<float> ratio{};
+};
+
 struct Facts {
   std::string path;
   std::string kind;
@@ -46,6 +55,7 @@ struct Facts {
   int sampleBits = 0;
   std::uint64_t fileBytes = 0;
   std::optional<double> seconds{};
+  std::optional<AverageFacts> average{};
   SubjectTexts subject{};
 };
 
@@ -58,6 +68,14 @@ std::string GenerationOf(const CRecordingFile& recording) {
 std::optional<double> Seconds(const Facts& facts) {
   const double seconds = static_cast<double>(facts.points) * static_cast<double>(facts.epochs) / facts.rate;
   return std::isfinite(seconds) ? std::optional(seconds) : std::nullopt;
+}
+
+std::optional<float> Known(float figure) {
+  return figure > 0 && std::isfinite(figure) ? std::optional(figure) : std::nullopt;
+}
+
+AverageFacts AverageFactsOf(const CSetup& setup) {
+  return {setup.acceptedSweeps, setup.rejectedSweeps, Known(setup.mainField8164), Known(setup.mainField8168)};
 }
 
 Facts Gather(InputRecording& input) {
@@ -76,6 +94,7 @@ Facts Gather(InputRecording& input) {
   facts.sampleBits = 8 * input->sampleWidth;
   facts.fileBytes = input->fileSize;
   if (setup.frequencyDomain == 0) facts.seconds = Seconds(facts);
+  if (kind == kAverage || kind == kAverageWithStatistics) facts.average = AverageFactsOf(setup);
   facts.subject = SubjectTextsOf(*setup.subject);
   return facts;
 }
@@ -120,6 +139,27 @@ std::string TableOf(const std::vector<Facts>& all, bool bold) {
   return table.Text(bold);
 }
 
+std::string Figure(const std::optional<float>& figure) {
+  return figure ? fmt::format("{:.4g}", *figure) : "-";
+}
+
+// Nothing for files without averages.
+std::string AverageTableOf(const std::vector<Facts>& all, bool bold) {
+  const auto isAverage = [](const Facts& facts) { return facts.average.has_value(); };
+  if (std::none_of(all.begin(), all.end(), isAverage)) return {};
+  Table table({{"FILE"},
+               {"ACCEPTED", Align::kRight},
+               {"REJECTED", Align::kRight},
+               {"NOISE", Align::kRight},
+               {"BEST RATIO", Align::kRight}});
+  for (const Facts& facts : all) {
+    if (!isAverage(facts)) continue;
+    table.Add({facts.path, std::to_string(facts.average->accepted), std::to_string(facts.average->rejected),
+               Figure(facts.average->noise), Figure(facts.average->ratio)});
+  }
+  return "\n" + table.Text(bold);
+}
+
 std::string SubjectTableOf(const std::vector<Facts>& all, bool bold) {
   Table table({{"FILE"}, {"FIELD"}, {"VALUE"}});
   for (const Facts& facts : all) {
@@ -144,6 +184,12 @@ std::string JsonLine(const Facts& facts, bool withSubject) {
   json["generation"] = facts.generation;
   json["bits"] = facts.sampleBits;
   json["bytes"] = facts.fileBytes;
+  if (facts.average) {
+    json["acceptedSweeps"] = facts.average->accepted;
+    json["rejectedSweeps"] = facts.average->rejected;
+    if (facts.average->noise) json["noise"] = *facts.average->noise;
+    if (facts.average->ratio) json["bestRatio"] = *facts.average->ratio;
+  }
   if (withSubject) {
     for (const auto& [field, value] : facts.subject) json["subject"][field] = value;
   }
@@ -159,8 +205,8 @@ bool Write(const std::vector<Facts>& all, const Options& options, Output& output
     return true;
   }
   const bool bold = TakesColor(stdout);
-  return all.empty() ||
-         (output.Write(TableOf(all, bold)) && (!options.subject || output.Write(SubjectTableOf(all, bold))));
+  return all.empty() || (output.Write(TableOf(all, bold)) && output.Write(AverageTableOf(all, bold)) &&
+                         (!options.subject || output.Write(SubjectTableOf(all, bold))));
 }
 
 ExitCode Run(const Options& options) {

@@ -58,12 +58,27 @@ bool InputRecording::HasLoss() const {
                      [this](MessageNumber number) { return HasShown(number); });
 }
 
-bool InputRecording::RequireContinuous() {
+bool InputRecording::Require(std::initializer_list<int> kinds) {
   const int kind = recording_.GetFileClass(&recording_.rawHeader);
-  if (kind == kContinuous) return true;
-  Complain(path_, "This needs a continuous recording, and the file holds " + std::string(NameOfKind(kind)) +
-                      " data.");
+  if (std::find(kinds.begin(), kinds.end(), kind) != kinds.end()) return true;
+  std::string wanted;
+  for (const int each : kinds) wanted += (wanted.empty() ? "" : " or ") + std::string(NameOfKind(each));
+  Complain(path_, "This needs a recording of " + wanted + " data, and the file holds " +
+                      std::string(NameOfKind(kind)) + " data.");
   return false;
+}
+
+// A header that could not be used to its end leaves channels that are not those of the data.
+bool InputRecording::RequireChannels() {
+  if (recording_.GetSetup()->Channels().size() == recording_.rawHeader.header.channelCount) return true;
+  Complain(path_, "The header does not tell the channels of the data.");
+  return false;
+}
+
+std::vector<std::string> LabelsOf(const CSetup& setup) {
+  std::vector<std::string> labels;
+  for (const SetupChannel& channel : setup.Channels()) labels.emplace_back(channel.label.View());
+  return labels;
 }
 
 std::string_view NameOfKind(int dataKind) {

@@ -1,10 +1,12 @@
 // A recording that the command only looks at, and what the library said while opening it.
 #pragma once
 
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "wavelock/prompts/messages.h"
 #include "wavelock/recording/recording_file.h"
@@ -64,8 +66,11 @@ class InputRecording {
   bool HasLoss() const;
   bool HasShown(MessageNumber number) const { return modal_.HasShown(number); }
 
-  // Whether it holds continuous samples; if not, standard error says what it holds instead.
-  bool RequireContinuous();
+  // Whether it is of one of these kinds; if not, standard error says what it holds instead.
+  bool Require(std::initializer_list<int> kinds);
+
+  // Whether its setup tells all channels of its data; if not, standard error says so.
+  bool RequireChannels();
 
  private:
   explicit InputRecording(const std::string& path);
@@ -76,6 +81,9 @@ class InputRecording {
   Host host_;
   CRecordingFile recording_;
 };
+
+// Labels of the channels in use.
+std::vector<std::string> LabelsOf(const CSetup& setup);
 
 // A kind of recording in a word or two.
 std::string_view NameOfKind(int dataKind);

@@ -42,12 +42,13 @@ void AddChoice(CLI::App& parser, const std::string& name, T& value, const Choice
 
 // A whole number from 0 on. `Number` is an unsigned type or an optional one.
 template <class Number>
-void AddCount(CLI::App& parser, const std::string& name, Number& value, const std::string& description) {
+CLI::Option* AddCount(CLI::App& parser, const std::string& name, Number& value,
+                      const std::string& description) {
   const auto check = [](const std::string& text) {
     const bool isCount = text.find_first_not_of("0123456789") == std::string::npos;
     return isCount ? std::string() : "\"" + text + "\" is no number from 0 on";
   };
-  parser.add_option(name, value, description)->type_name("N")->check(check);
+  return parser.add_option(name, value, description)->type_name("N")->check(check);
 }
 
 // Texts with commas between them.

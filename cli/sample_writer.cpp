@@ -114,4 +114,13 @@ bool SampleWriter::WriteCsv(std::span<const std::byte> rows) {
   return true;
 }
 
+bool WriteTable(Output& output, TableFormat format, ValueType type, std::span<const std::string> labels,
+                std::span<const std::byte> rows) {
+  std::vector<std::size_t> all(labels.size());
+  std::iota(all.begin(), all.end(), std::size_t{0});
+  const std::size_t rowBytes = std::max<std::size_t>(1, labels.size() * BytesOf(type));
+  SampleWriter writer(output, format, type, all.size(), all);
+  return writer.WriteHead(rows.size() / rowBytes, labels) && writer.WriteBlock(rows);
+}
+
 }  // namespace wavelock::command

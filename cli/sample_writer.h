@@ -10,7 +10,9 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/options.h"
 #include "cli/output.h"
+#include "wavelock/recording/recording_file.h"
 
 namespace wavelock::command {
 
@@ -20,10 +22,18 @@ enum class TableFormat {
   kBin,  // the numbers alone, little-endian
 };
 
+// Of tables that are small enough to be told by their shape.
+inline const Choices<TableFormat> kTableFormats = {{"csv", TableFormat::kCsv}, {"npy", TableFormat::kNpy}};
+
 enum class ValueType { kFloat32, kInt16, kInt32 };
 
 constexpr std::size_t BytesOf(ValueType type) {
   return type == ValueType::kInt16 ? 2 : 4;
+}
+
+// What the integers of a recording are stored as.
+inline ValueType StoredType(const CRecordingFile& recording) {
+  return recording.sampleWidth == 2 ? ValueType::kInt16 : ValueType::kInt32;
 }
 
 // Rows of blocks that hold a value of every channel; a choice of the channels is written.
@@ -52,5 +62,9 @@ class SampleWriter {
   std::vector<std::byte> picked_;
   fmt::memory_buffer text_;
 };
+
+// A whole table with a column for each label.
+bool WriteTable(Output& output, TableFormat format, ValueType type, std::span<const std::string> labels,
+                std::span<const std::byte> rows);
 
 }  // namespace wavelock::command

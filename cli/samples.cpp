@@ -39,23 +39,11 @@ struct Options {
   OutputOptions output{};
 };
 
-ValueType TypeOf(const CRecordingFile& recording, bool raw) {
-  if (!raw) return ValueType::kFloat32;
-  return recording.sampleWidth == 2 ? ValueType::kInt16 : ValueType::kInt32;
-}
-
-std::vector<std::string> LabelsOf(const CSetup& setup, const std::vector<std::size_t>& chosen) {
+std::vector<std::string> LabelsOfChosen(const CSetup& setup, const std::vector<std::size_t>& chosen) {
   std::vector<std::string> labels(chosen.size());
   std::transform(chosen.begin(), chosen.end(), labels.begin(),
                  [&](std::size_t index) { return std::string(setup.channels[index].label.View()); });
   return labels;
-}
-
-// A header that could not be used to its end leaves channels that are not those of the samples.
-bool RequireChannels(InputRecording& input) {
-  if (input->GetSetup()->Channels().size() == input->rawHeader.header.channelCount) return true;
-  Complain(input.Path(), "The header does not tell the channels of the samples.");
-  return false;
 }
 
 // Nothing, with a complaint, for a range that does not lie in the recording.
@@ -72,14 +60,14 @@ ExitCode WriteSamples(InputRecording& input, const Options& options, SampleRange
                       const std::vector<std::size_t>& chosen) {
   const auto output = Output::Open(options.output, input.Path());
   if (!output) return kFailed;
-  SampleWriter writer(*output, options.format, TypeOf(*input, options.raw),
+  SampleWriter writer(*output, options.format, options.raw ? StoredType(*input) : ValueType::kFloat32,
                       input->rawHeader.header.channelCount, chosen);
   Progress progress(input.Path(), range.Count(), *output);
   const auto take = [&](std::span<const std::byte> block, std::uint64_t samples) {
     progress.Advance(samples);
     return writer.WriteBlock(block);
   };
-  writer.WriteHead(range.Count(), LabelsOf(*input->GetSetup(), chosen));
+  writer.WriteHead(range.Count(), LabelsOfChosen(*input->GetSetup(), chosen));
   if (StreamSamples(*input, range, options.raw, take) == StreamEnd::kUnreadable) {
     Complain(input.Path(), "The samples cannot be read to their end.");
     return kFailed;
@@ -89,7 +77,7 @@ ExitCode WriteSamples(InputRecording& input, const Options& options, SampleRange
 
 ExitCode Run(const Options& options) {
   const auto input = InputRecording::Open(options.path);
-  if (!input || !input->RequireContinuous() || !RequireChannels(*input)) return kFailed;
+  if (!input || !input->Require({kContinuous}) || !input->RequireChannels()) return kFailed;
   std::string why;
   const auto chosen = ChooseChannels(*(*input)->GetSetup(), options.channels, why);
   if (!chosen) {

@@ -5,14 +5,18 @@
 
 namespace wavelock::command {
 
+MakeSubcommand MakeAverage;
 MakeSubcommand MakeCall;
+MakeSubcommand MakeEpoch;
+MakeSubcommand MakeEpochs;
 MakeSubcommand MakeEvents;
 MakeSubcommand MakeInfo;
+MakeSubcommand MakePairs;
 MakeSubcommand MakeRegister;
 MakeSubcommand MakeSamples;
 
 inline constexpr MakeSubcommand* kSubcommands[] = {
-    MakeInfo, MakeSamples, MakeEvents, MakeCall, MakeRegister,
+    MakeInfo, MakeSamples, MakeEvents, MakeEpochs, MakeEpoch, MakeAverage, MakePairs, MakeCall, MakeRegister,
 };
 
 }  // namespace wavelock::command

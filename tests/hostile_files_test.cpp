@@ -37,7 +37,22 @@ std::vector<Bytes> OneOfEach() {
               .Build(),
           RecordingBuilder().Revision(3).Layout(2).Channels(2).Samples({1, 2, 3, 4}).Build(),
           RecordingBuilder().OldestLayout(5).AcquisitionMode(3).Channels(2).Samples({1, 2, 3, 4}).Build(),
-          RecordingBuilder().Epoched().Channels(2).Points(8).Epochs({{.samples = {1, 2}}}).Build()};
+          RecordingBuilder().Epoched().Channels(2).Points(8).Epochs({{.samples = {1, 2}}}).Build(),
+          RecordingBuilder()
+              .AveragedWithStatistics()
+              .Channels(2)
+              .Points(4)
+              .PutU8(375, 1)   // variance
+              .PutU16(364, 3)  // accepted sweeps
+              .Data(Bytes(2 * (5 + 4 * 4) + 2 * 4 * 4 + 2 * 2 * 3 * 4, std::byte{1}))
+              .Build(),
+          RecordingBuilder()
+              .Revision(13)
+              .TimeFrequency()
+              .Channels(2)
+              .Points(2)
+              .Data(ByteWriter().Zeros(8 + 16).U32(0).U32(1050).U32(1050).U32(0))
+              .Build()};
 }
 
 void OpenAndRead(const Bytes& bytes) {

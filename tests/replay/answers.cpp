@@ -180,6 +180,13 @@ json Overlay(const CCorrectionOverlay& overlay) {
       {"params", Parameters(overlay.params)}, {"rows", std::move(rows)}, {"segments", std::move(segments)}};
 }
 
+json MatrixRows(const Matrix<std::int32_t>& matrix) {
+  json rows = json::array();
+  for (std::size_t i = 0; i < matrix.Rows(); ++i)
+    rows.push_back(std::vector(matrix[i], matrix[i] + matrix.Columns()));
+  return rows;
+}
+
 }  // namespace
 
 std::string Latin1ToUtf8(std::string_view text) {
@@ -250,6 +257,55 @@ json EpochInfoFields(const EpochInfo& info) {
           {"response", info.response}};
 }
 
+json DataObject(const CTFDEpoch& object) {
+  const auto block = [](std::span<const float> values, bool exists) {
+    return exists ? FloatBlock(values) : json(nullptr);
+  };
+  const CSetup& setup = *object.GetConfig();
+  json info = EpochInfoFields(object.epochInfo);
+  info["tail"] = object.epochInfo.tail;
+  return {{"multiplexed", object.IsMultiplexed()},
+          {"valid", object.valid},
+          {"blockBytes", object.blockBytes},
+          {"fspBytes", object.fspBytes},
+          {"config",
+           {{"channelCount", setup.channelCount},
+            {"pointCount", setup.pointCount},
+            {"dataKind", setup.dataKind},
+            {"hasImaginary", setup.hasImaginary},
+            {"hasVariance", setup.hasVariance},
+            {"acceptedSweeps", setup.acceptedSweeps},
+            {"frequencyDomain", setup.frequencyDomain},
+            {"mainField8036", setup.mainField8036},
+            {"mainField8040", setup.mainField8040},
+            {"spectrumScale", setup.spectrumScale}}},
+          {"epochInfo", std::move(info)},
+          {"markers", Markers(object.markers)},
+          {"main", block(object.main.All(), static_cast<bool>(object.main))},
+          {"imaginary", block(object.imaginary.All(), static_cast<bool>(object.imaginary))},
+          {"variance", block(object.variance.All(), static_cast<bool>(object.variance))},
+          {"varianceImaginary",
+           block(object.varianceImaginary.All(), static_cast<bool>(object.varianceImaginary))},
+          {"fspFirst", block(object.fspFirst.All(), static_cast<bool>(object.fspFirst))},
+          {"fspSecond", block(object.fspSecond.All(), static_cast<bool>(object.fspSecond))}};
+}
+
+json Pairs(const CTFDPaired& pairs) {
+  const CSetup& setup = *pairs.GetConfig();
+  return {{"pairCount", pairs.GetPairCount()},
+          {"ready", pairs.ready},
+          {"pairIndex", MatrixRows(pairs.pairIndex)},
+          {"real", FloatBlock(pairs.real.All())},
+          {"imaginary", FloatBlock(pairs.imaginary.All())},
+          {"config",
+           {{"channelCount", setup.channelCount},
+            {"pointCount", setup.pointCount},
+            {"dataKind", setup.dataKind},
+            {"hasImaginary", setup.hasImaginary},
+            {"mainField8036", setup.mainField8036},
+            {"mainField8040", setup.mainField8040}}}};
+}
+
 json Facts(CRecordingFile& recording) {
   const CSetup& setup = *recording.GetSetup();
   const RecordingHeader& header = recording.rawHeader.header;
@@ -297,6 +353,9 @@ void AddState(CRecordingFile& recording, json& answer) {
   answer["events"] = json::array();
   for (const EventRecord& event : events.first(std::min(events.size(), kShownEvents))) {
     answer["events"].push_back(Event(event));
+  }
+  if (recording.GetFileClass(&recording.rawHeader) == kTimeFrequency) {
+    answer["pairMatrix"] = recording.pairMatrix ? MatrixRows(recording.pairMatrix) : json(nullptr);
   }
   answer["markers"] = Markers(recording.markerList);
   answer["labels"] = Labels(recording.labelList);

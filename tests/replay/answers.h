@@ -24,6 +24,9 @@ nlohmann::json FloatBlock(std::span<const float> values);
 
 nlohmann::json EpochInfoFields(const EpochInfo& info);
 
+nlohmann::json DataObject(const CTFDEpoch& object);
+nlohmann::json Pairs(const CTFDPaired& pairs);
+
 nlohmann::json Facts(CRecordingFile& recording);
 nlohmann::json SetupFieldsOf(const CSetup& setup);
 

@@ -87,6 +87,27 @@ void EpochFacts(CRecordingFile& recording, const json& call, json& answer) {
   if (done) answer.update(EpochInfoFields(info));
 }
 
+void LoadDataObject(CRecordingFile& recording, const json& call, json& answer) {
+  const CTFDEpoch* const object = recording.LoadDataObject(IndexOf(call));
+  answer["result"] = object != nullptr ? 1 : 0;
+  if (object != nullptr) answer["object"] = DataObject(*object);
+}
+
+void AveragedSection(CRecordingFile& recording, const json& call, json& answer) {
+  const auto count = call.value("count", 1);
+  OutputBuffer out(std::int64_t{count} * recording.rawHeader.header.channelCount *
+                   static_cast<std::int64_t>(sizeof(float)));
+  const bool done = recording.ReadAveragedSection(count, out.Floats(), call.at("section").get<int>());
+  answer["result"] = done ? 1 : 0;
+  if (done) answer.update(FloatBlock(out.Values()));
+}
+
+void BuildPairedData(CRecordingFile& recording, const json&, json& answer) {
+  const CTFDPaired* const pairs = recording.BuildPairedData();
+  answer["result"] = pairs != nullptr ? 1 : 0;
+  if (pairs != nullptr) answer["pairs"] = Pairs(*pairs);
+}
+
 void Event(CRecordingFile& recording, const json& call, json& answer) {
   const auto index = call.at("index").get<std::int64_t>();
   const bool exists = index >= 0 && index < recording.GetEventCount();
@@ -108,6 +129,9 @@ const std::map<std::string, Operation>& Operations() {
       {"epochRaw", EpochRaw},
       {"epochFloat", EpochFloat},
       {"epochInfo", EpochFacts},
+      {"loadDataObject", LoadDataObject},
+      {"averagedSection", AveragedSection},
+      {"buildPairedData", BuildPairedData},
       {"event", Event},
       {"closeFile",
        [](CRecordingFile& r, const json&, json& answer) { answer["result"] = r.CloseFile() ? 1 : 0; }},

@@ -55,6 +55,17 @@ void ReadEpochs(CRecordingFile& recording) {
   for (const std::uint32_t index : {0u, count / 2, count - 1, count}) ReadEpoch(recording, index);
 }
 
+void ReadDataObjects(CRecordingFile& recording) {
+  for (const std::uint32_t index : {0u, recording.GetEpochCount() - 1}) {
+    if (CTFDEpoch* const data = recording.LoadDataObject(index)) {
+      data->Demultiplex();
+      data->Multiplex();
+    }
+  }
+  recording.BuildPairedData();
+  recording.BuildPairedData();
+}
+
 void ReadBesidesSamples(CRecordingFile& recording) {
   recording.GetEventCount();
   for (std::int32_t i = 0; i < recording.markerList.GetCount(); ++i)
@@ -73,6 +84,7 @@ void ReadEverything(CRecordingFile& recording) {
   recording.IsFileWritable();
   ReadContinuous(recording);
   ReadEpochs(recording);
+  ReadDataObjects(recording);
   ReadBesidesSamples(recording);
 }
 

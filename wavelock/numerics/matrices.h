@@ -3,13 +3,17 @@
 // elements are zero or empty. Freeing a null handle does nothing.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <memory>
 #include <new>
 #include <span>
 #include <string>
+#include <type_traits>
+#include <utility>
 
 namespace wavelock {
 
@@ -44,30 +48,69 @@ class OwnedVector {
 // Rows one behind the other in one block, so that the whole can be read or written at once.
 template <class T>
 class Matrix {
+  static_assert(std::is_trivially_copyable_v<T>);
+
  public:
-  explicit operator bool() const { return static_cast<bool>(block_); }
+  Matrix() = default;
+  Matrix(Matrix&& other) noexcept { Swap(other); }
+  Matrix& operator=(Matrix&& other) noexcept {
+    Swap(other);
+    return *this;
+  }
+
+  explicit operator bool() const { return block_ != nullptr; }
   std::size_t Rows() const { return rows_; }
   std::size_t Columns() const { return columns_; }
-  T* operator[](std::size_t row) { return block_.All().data() + row * columns_; }
-  const T* operator[](std::size_t row) const { return block_.All().data() + row * columns_; }
-  std::span<T> All() { return block_.All(); }
-  std::span<const T> All() const { return block_.All(); }
+  T* operator[](std::size_t row) { return block_.get() + row * columns_; }
+  const T* operator[](std::size_t row) const { return block_.get() + row * columns_; }
+  std::span<T> All() { return {block_.get(), rows_ * columns_}; }
+  std::span<const T> All() const { return {block_.get(), rows_ * columns_}; }
+
+  void Swap(Matrix& other) noexcept {
+    std::swap(block_, other.block_);
+    std::swap(rows_, other.rows_);
+    std::swap(columns_, other.columns_);
+  }
 
   [[nodiscard]] bool Make(std::size_t rows, std::size_t columns) {
-    Free();
-    if (columns != 0 && rows > std::numeric_limits<std::size_t>::max() / columns) return false;
-    if (!block_.Make(rows * columns)) return false;
-    rows_ = rows;
-    columns_ = columns;
-    return true;
+    return Take(rows, columns, [](std::size_t count) { return std::calloc(count, sizeof(T)); });
   }
+
+  // The same with elements of undefined content, for a caller who fills them all. Memory that the matrix has
+  // for as many elements is used again.
+  [[nodiscard]] bool MakeForOverwrite(std::size_t rows, std::size_t columns) {
+    if (block_ && rows == columns_ && columns == rows_) {
+      std::swap(rows_, columns_);
+      return true;
+    }
+    if (block_ && rows == rows_ && columns == columns_) return true;
+    return Take(rows, columns, [](std::size_t count) { return std::malloc(count * sizeof(T)); });
+  }
+
   void Free() {
-    block_.Free();
+    block_.reset();
     rows_ = columns_ = 0;
   }
 
  private:
-  OwnedVector<T> block_;
+  struct FreeBlock {
+    void operator()(T* block) const { std::free(block); }
+  };
+
+  // The system hands out large blocks with zeros in them already, which is why this does not go through new.
+  template <class Allocate>
+  bool Take(std::size_t rows, std::size_t columns, Allocate&& allocate) {
+    Free();
+    constexpr auto kMost = static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max()) / sizeof(T);
+    if (columns != 0 && rows > kMost / columns) return false;
+    block_.reset(static_cast<T*>(allocate(std::max<std::size_t>(1, rows * columns))));
+    if (!block_) return false;
+    rows_ = rows;
+    columns_ = columns;
+    return true;
+  }
+
+  std::unique_ptr<T[], FreeBlock> block_;
   std::size_t rows_ = 0;
   std::size_t columns_ = 0;
 };

@@ -54,6 +54,7 @@ CRecordingFile::~CRecordingFile() = default;
 
 bool CRecordingFile::OpenFile(std::string path) {
   kindPromptDone = 0;
+  keptData.reset();
   path = CleanPath(std::move(path));
   std::string systemText;
   file = host.files.Open(path, OpenMode::kReadWrite);
@@ -73,6 +74,9 @@ bool CRecordingFile::OpenFile(std::string path) {
     return false;
   }
   WarnOfNewerWriter();
+  if (const int kind = GetAcquisitionKind(); kind == kAverage || kind == kAverageWithStatistics) {
+    if (!KeepAverage()) return false;
+  }
   markerList.TimesToSamples(*setup);
   return true;
 }
@@ -103,6 +107,8 @@ bool CRecordingFile::ReadFileHead() {
   fileSize = file->Size().value_or(0);
   largeFile = fileSize >= kLargeFileSize ? 1 : 0;
   const int fileClass = GetFileClass(&rawHeader);
+  if (fileClass == kTimeFrequency && !LoadPairMatrix())
+    ReportMessage(NumberedMessage(MessageNumber::kPairMatrixNotRead));
   WarnOfModification();
   if (HasTail() && !ReadTail(fileClass)) return false;
   sampleWidth = WidthOf(*setup);
@@ -149,6 +155,9 @@ bool CRecordingFile::CloseFile() {
   rawBuffer_.Release();
   if (!file) return false;
   file.reset();
+  loadedData.reset();
+  FreeMatrix(pairMatrix);
+  pairedData.reset();
   return true;
 }
 

@@ -9,6 +9,9 @@
 //   continuous samples                continuous.cpp, deinterleave.cpp, sample_conversion.cpp
 //   events                            events.cpp
 //   epochs                            epochs.cpp
+//   sections of averages              averaged.cpp; statistics.h: figures worked out from them
+//   data sets as objects              data_objects.cpp
+//   channel pairs                     paired.cpp
 //   setup to header                   header_writer.cpp
 //   creating and saving               saving.cpp
 //
@@ -28,15 +31,20 @@
 #include "wavelock/annotations/event_group.h"
 #include "wavelock/annotations/label_list.h"
 #include "wavelock/annotations/marker_list.h"
+#include "wavelock/numerics/matrices.h"
 #include "wavelock/numerics/work_buffer.h"
 #include "wavelock/platform/host.h"
 #include "wavelock/recording/recording_header.h"
 #include "wavelock/setup/setup.h"
+#include "wavelock/tfdata/tfd_epoch.h"
+#include "wavelock/tfdata/tfd_paired.h"
 
 namespace wavelock {
 
 class CTffFile;
 struct BlockShape;
+struct SectionRules;
+struct SectionShape;
 class OverlayPass;
 
 // Values of `dataKind`, as GetFileClass and GetAcquisitionKind give them.
@@ -170,6 +178,46 @@ class CRecordingFile {
                                float reactionTime, std::uint16_t response);
   virtual bool AppendEpochFloat(const float* in, std::uint32_t inBytes);
 
+  // ---- sections of averages
+
+  // Reads a section of an averaged file, `count` points x channels of the header: 1 the average in
+  // microvolts, 2 its variance; of 3 and 4 each point is a sweep. Points that the file does not have come as
+  // zero. The first read of an average without figures for noise and ratios works them out. The file's
+  // position stays. False, with `out` undefined, when there is no such section or it is not whole.
+  bool ReadAveragedSection(std::int32_t count, float* out, int section);
+
+  // Write sections where the file stands, in the order 1, variance, 3, 4; the data are points x channels of
+  // the setup. The result is the section's size in bytes, also when the write failed; 0 when there is nothing
+  // to write to or from, -1 for a variance without memory for it. Of sections 3 and 4 at most `bytes` bytes
+  // are written; for the others that number counts for nothing.
+  virtual std::int32_t WriteAverageSection(const float* data, std::uint32_t bytes, int section);
+  virtual std::int32_t WriteVarianceSection(const float* data, std::uint32_t bytes);
+
+  // ---- data sets as objects; the recording owns what it hands out
+
+  // An average, whatever the index, or one epoch, with the markers that belong to that number. What an
+  // averaged file gave stays until the next open; an epoch goes with the next call. Null when it cannot be
+  // had, which is told for recordings that have no data sets.
+  virtual CTFDEpoch* LoadDataObject(std::uint32_t index);
+
+  // Writes a set with an imaginary part as the data of an epoch in the frequency domain, where the file
+  // stands. The set is channel-major afterwards.
+  virtual bool WriteTimeFrequencyData(CTFDEpoch* data);
+
+  // ---- channel pairs; the recording owns what it hands out
+
+  // Null without pairs. A pair that cannot be read gives null once; the next call gives the object as far as
+  // it was filled.
+  virtual CTFDPaired* BuildPairedData();
+
+  // Writes a header for the object's setup, the pairs and the matrix of their places into a created
+  // recording. The matrix ends where the file does then. False for a pair of channels that do not exist, and
+  // when something cannot be written.
+  virtual bool WritePairedData(CTFDPaired* data);
+
+  // Fills `pairMatrix`. False leaves it empty.
+  bool LoadPairMatrix();
+
   // ---- saving
   //
   // A recording is created, its samples, epochs or sections are appended, and it is saved. The header goes in
@@ -212,15 +260,19 @@ class CRecordingFile {
   CLabelList labelList;
   std::string fileName;  // without its folder
   std::string filePath;
-  int largeFile = 0;           // 1 for files of 2 GiB and more
-  std::uint64_t fileSize = 0;  // taken once, at open
+  std::unique_ptr<CTFDEpoch> keptData;  // of an averaged file, which is closed again at once
+  int largeFile = 0;                    // 1 for files of 2 GiB and more
+  std::uint64_t fileSize = 0;           // taken once, at open
   CEventGroup eventGroup;
   std::unique_ptr<CSetup> setup;
-  TypedArray<EpochHeader> epochHeaders;  // of all epochs; empty until somebody asks for one
-  int wroteStatistics = 0;               // since the file was created
+  std::unique_ptr<CTFDEpoch> loadedData;
+  std::unique_ptr<CTFDPaired> pairedData;
+  int wroteStatistics = 0;  // since the file was created
   int wroteVariance = 0;
-  int halveSpectrum = 0;  // spectra without a scale are delivered halved
-  int dataStart = -1;     // file position of the first sample
+  Matrix<std::int32_t> pairMatrix;       // [i][j]: where the pair of channels i and j lies; below 2: nowhere
+  TypedArray<EpochHeader> epochHeaders;  // of all epochs; empty until somebody asks for one
+  int halveSpectrum = 0;                 // spectra without a scale are delivered halved
+  int dataStart = -1;                    // file position of the first sample
   int headerRevision = -1;
   HeaderImage rawHeader{};  // the block at the start, in its current form
   CCorrectionOverlay overlay;
@@ -274,6 +326,25 @@ class CRecordingFile {
   bool ReadEpochSpectrum(std::uint32_t index, float* out, std::uint32_t outBytes);
   void TakeSpectrumAsAmplitudes();
   bool ReadEpochHeads();
+
+  SectionRules TakeSectionRules(int section);
+  bool ReadSectionRows(int section, const SectionShape& shape, const SectionRules& rules,
+                       std::span<float> out);
+  bool WriteSectionRows(const float* data, int section, std::uint32_t limit);
+
+  bool IsPlausibleSet(std::int64_t rows, std::int64_t columns) const;
+  bool MakeLoadedData(int multiplexed);
+  bool LoadSet(std::uint32_t index);
+  bool LoadAverage();
+  bool LoadFsp();
+  bool LoadEpoch(std::uint32_t index);
+  bool LoadSpectrum(std::uint32_t index);
+  bool ReadSpectrumRows(CTFDEpoch& data);
+  bool TakeEpochInfo(std::uint32_t index);
+  bool TakeMarkers(CTFDEpoch& data, std::uint32_t index) const;
+  bool KeepAverage();
+  bool ReadPairs(CTFDPaired& data);
+  bool WritePair(const CTFDPaired& data, std::size_t pair);
 
   // Kept from request to request while a file is open.
   WorkBuffer readBuffer_;  // bytes as they come from the file

@@ -1,0 +1,167 @@
+// The sections of an averaged file come out scaled by the rules of their generation, and go in again.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/opened_recording.h"
+
+namespace wavelock {
+namespace {
+
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+// Offsets in the header and in a channel's record.
+constexpr std::size_t kAveragedSweeps = 362;
+constexpr std::size_t kAcceptedSweeps = 364;
+constexpr std::size_t kHasVariance = 375;
+constexpr std::size_t kSpectrumSource = 559;
+constexpr std::size_t kSpectrumScale = 675;
+constexpr std::size_t kSweeps = 15;
+
+// Two channels of two points with a variance.
+RecordingBuilder Average() {
+  ByteWriter data;
+  data.Zeros(5).F32(10).F32(20).Text("\xFF\xFF\xFF\xFF\xFF").F32(-3).F32(5);
+  data.F32(1).F32(2).F32(3).F32(4);
+  return RecordingBuilder().Averaged().Channels(2).Points(2).PutU8(kHasVariance, 1).Data(data);
+}
+
+RecordingBuilder OldSpectrum(int revision, std::uint8_t scale) {
+  return Average().Revision(revision).FrequencyDomain().PutU8(kSpectrumScale, scale);
+}
+
+// What the open kept; empty when there is nothing.
+std::vector<float> Main(OpenedRecording& opened) {
+  const CTFDEpoch* const data = opened.recording.LoadDataObject(0);
+  if (data == nullptr) return {};
+  return {data->main.All().begin(), data->main.All().end()};
+}
+
+std::vector<float> Variance(OpenedRecording& opened) {
+  const CTFDEpoch* const data = opened.recording.LoadDataObject(0);
+  if (data == nullptr) return {};
+  return {data->variance.All().begin(), data->variance.All().end()};
+}
+
+TEST(Averages, OpenKeepsThemScaledAndClosesTheFile) {
+  OpenedRecording opened(Average().PutChannelU16(0, kSweeps, 4).Sensitivity(1, 0.5f));
+  ASSERT_TRUE(opened.isOpen);
+  EXPECT_EQ(opened.recording.file, nullptr);
+  EXPECT_THAT(Main(opened), ElementsAre(2.5f, -1.5f, 5.0f, 2.5f)) << "points x channels";
+  EXPECT_THAT(Variance(opened), ElementsAre(1, 3, 2, 4)) << "unscaled";
+  EXPECT_EQ(opened.Setup().channels[1].sweeps, 1) << "no sweeps count as one";
+  EXPECT_FALSE(opened.recording.CloseFile());
+  EXPECT_FALSE(Main(opened).empty());
+  opened.test.memory.Put("c.rec", RecordingBuilder().Samples({1, 2}).Build());
+  ASSERT_TRUE(opened.recording.OpenFile("c.rec"));
+  EXPECT_EQ(opened.recording.LoadDataObject(0), nullptr) << "the next file has none";
+}
+
+TEST(Averages, OnlySectionsThatExistAreRead) {
+  OpenedRecording opened(Average().PutU8(kHasVariance, 0));
+  CRecordingFile& recording = opened.recording;
+  recording.file = opened.test.memory.Open("test.rec", OpenMode::kReadOnly);
+  std::vector<float> out(12, -1);
+  ASSERT_TRUE(recording.file->SeekTo(7));
+  EXPECT_TRUE(recording.ReadAveragedSection(1, out.data(), 1));
+  EXPECT_THAT(std::span(out).first(4), ElementsAre(10, -3, -1, -1)) << "no more points than asked for";
+  EXPECT_EQ(recording.file->Position(), 7u);
+  EXPECT_TRUE(recording.ReadAveragedSection(4, out.data(), 1));
+  EXPECT_THAT(std::span(out).first(8), ElementsAre(10, -3, 20, 5, 0, 0, 0, 0)) << "there are two points";
+  for (const int section : {-1, 0, 2, 3, 4, 5})
+    EXPECT_FALSE(recording.ReadAveragedSection(1, out.data(), section));
+  EXPECT_FALSE(recording.ReadAveragedSection(0, out.data(), 1));
+  EXPECT_FALSE(recording.ReadAveragedSection(1, nullptr, 1));
+
+  EXPECT_FALSE(OpenedRecording(Average().FileSize(Average().Build().size() - 1)).isOpen) << "a cut variance";
+}
+
+TEST(Averages, SpectraBeforeRevision11AreBroughtToAmplitudes) {
+  OpenedRecording rootMeanSquare(OldSpectrum(10, 1));
+  EXPECT_THAT(Main(rootMeanSquare),
+              ElementsAre(10 * 1.41421354f, -3 * 1.41421354f, 20 * 1.41421354f, 5 * 1.41421354f));
+  EXPECT_THAT(Variance(rootMeanSquare), ElementsAre(2, 6, 4, 8));
+  OpenedRecording halves(OldSpectrum(10, 2));
+  EXPECT_THAT(Main(halves), ElementsAre(20, -6, 40, 10));
+  EXPECT_THAT(Variance(halves), ElementsAre(4, 12, 8, 16));
+  for (const RecordingBuilder& current : {OldSpectrum(11, 1), OldSpectrum(10, 1).PutU8(kSpectrumSource, 1),
+                                          OldSpectrum(10, 1).FrequencyDomain(0)}) {
+    OpenedRecording opened(current);
+    EXPECT_THAT(Main(opened), ElementsAre(10, -3, 20, 5));
+  }
+}
+
+TEST(Averages, PowersBeforeRevision13TakeTheSensitivityTwiceMore) {
+  OpenedRecording opened(OldSpectrum(12, 2).PutU16(kAveragedSweeps, 2).Sensitivity(1, 3.0f));
+  EXPECT_THAT(Main(opened), ElementsAre(10, -3 * 9 * 3, 20, 5 * 9 * 3));
+  EXPECT_THAT(Variance(opened), ElementsAre(1, 3, 2, 4)) << "the rule is used up by the average";
+  EXPECT_EQ(opened.Channel(1).sensitivity, 1.0f);
+  EXPECT_EQ(opened.Setup().channels[1].channelScale, 3.0f);
+  OpenedRecording fewAverages(OldSpectrum(12, 2).PutU16(kAveragedSweeps, 1).Sensitivity(1, 3.0f));
+  EXPECT_THAT(Main(fewAverages), ElementsAre(10, -9, 20, 15));
+}
+
+TEST(Averages, SpectrumWithoutScaleIsHalvedAndTold) {
+  OpenedRecording opened(OldSpectrum(16, 0));
+  EXPECT_THAT(Main(opened), ElementsAre(5, -1.5f, 10, 2.5f));
+  EXPECT_THAT(Variance(opened), ElementsAre(1, 3, 2, 4));
+  EXPECT_THAT(NumbersOf(opened.test.user.messages), ElementsAre(1763));
+  EXPECT_EQ(opened.recording.halveSpectrum, 1);
+}
+
+// A recording without a file to read, for which sections are written to memory.
+struct Writing {
+  Writing() : recording(0, test.host) {
+    CSetup& setup = *recording.setup;
+    setup.dataKind = kAverageWithStatistics;
+    setup.channelCount = 3;
+    setup.pointCount = 21;
+    setup.acceptedSweeps = 2;
+    for (std::size_t c = 0; c < 3; ++c) {
+      setup.channels[c].sweeps = static_cast<std::int32_t>(c + 1);
+      setup.channels[c].channelScale = 0.5f;
+    }
+    isCreated = recording.CreateFile("a.rec", 2);
+  }
+
+  TestHost test;
+  CRecordingFile recording;
+  bool isCreated = false;
+};
+
+TEST(Averages, WrittenSectionsReadBack) {
+  Writing writing;
+  ASSERT_TRUE(writing.isCreated);
+  CRecordingFile& recording = writing.recording;
+  std::vector<float> values(3 * 21);
+  for (std::size_t i = 0; i < values.size(); ++i) values[i] = static_cast<float>(i) * 0.25f;
+  EXPECT_EQ(recording.WriteAverageSection(values.data(), 0, 1), 3 * (5 + 21 * 4));
+  EXPECT_EQ(recording.WriteVarianceSection(values.data(), 0), 3 * 21 * 4);
+  EXPECT_EQ(recording.WriteAverageSection(values.data(), 24, 3), 24);
+  EXPECT_EQ(recording.wroteStatistics, 0);
+  EXPECT_EQ(recording.WriteAverageSection(values.data() + 6, 1000, 4), 24) << "no more than there is";
+  EXPECT_EQ(recording.WriteAverageSection(values.data(), 24, 2), 0);
+  EXPECT_EQ(recording.wroteStatistics + recording.wroteVariance, 2);
+  ASSERT_TRUE(recording.SaveAndClose(0));
+
+  ASSERT_TRUE(recording.OpenFile("a.rec"));
+  const CTFDEpoch& data = *recording.LoadDataObject(0);
+  EXPECT_THAT(data.main.All(), ::testing::ElementsAreArray(values));
+  EXPECT_THAT(data.variance.All(), ::testing::ElementsAreArray(values));
+  EXPECT_THAT(data.fspFirst.All(), ::testing::ElementsAreArray(std::span(values).first(6)));
+  EXPECT_THAT(data.fspSecond.All(), ::testing::ElementsAreArray(std::span(values).subspan(6, 6)));
+}
+
+TEST(Averages, OfStatisticsAsManyBytesAreWrittenAsAreAskedFor) {
+  Writing writing;
+  const std::vector<float> values(6, 1);
+  const auto before = writing.test.memory.Contents("/a.rec")->size();
+  EXPECT_EQ(writing.recording.WriteAverageSection(values.data(), 7, 3), 24);
+  EXPECT_EQ(writing.test.memory.Contents("/a.rec")->size(), before + 7);
+  writing.test.memory.LimitSize(before + 8);
+  EXPECT_EQ(writing.recording.WriteVarianceSection(values.data(), 0), 3 * 21 * 4) << "also when it fails";
+}
+
+}  // namespace
+}  // namespace wavelock

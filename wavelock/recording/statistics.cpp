@@ -1,0 +1,230 @@
+#include "wavelock/recording/statistics.h"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+#include "wavelock/numerics/conversions.h"
+
+namespace wavelock {
+namespace {
+
+// Sum and sum of squares, on the way to a spread.
+struct Sums {
+  double values = 0;
+  double squares = 0;
+
+  void Add(double value) {
+    values += value;
+    squares += value * value;
+  }
+
+  // Of the squared distances from the mean. Rounding can bring it below 0 where there are none.
+  double Deviation(double count) const {
+    const double deviation = squares - values * values / count;
+    return deviation < 0 ? 0 : deviation;
+  }
+};
+
+// Shell's sort. It stands here, and not a faster one, for what it makes of values that are no numbers: those
+// stay where its steps leave them.
+void Sort(std::span<float> values) {
+  const auto size = static_cast<std::ptrdiff_t>(values.size());
+  float* const at = values.data();
+  for (std::ptrdiff_t gap = size / 2; gap > 0; gap /= 2) {
+    for (std::ptrdiff_t i = gap; i < size; ++i) {
+      for (std::ptrdiff_t j = i - gap; j >= 0 && at[j] > at[j + gap]; j -= gap) std::swap(at[j], at[j + gap]);
+    }
+  }
+}
+
+// A sorted copy; empty when there is no memory for it.
+OwnedVector<float> Sorted(std::span<const float> values) {
+  OwnedVector<float> sorted;
+  if (!sorted.Make(values.size())) return sorted;
+  std::copy(values.begin(), values.end(), sorted.All().begin());
+  Sort(sorted.All());
+  return sorted;
+}
+
+// As many points go through the sums side by side as keep a processor busy: the sum of one point waits for
+// each addition.
+constexpr std::size_t kPointsAtOnce = 8;
+
+// Subtracts from each of `kRows` rows its mean and gives the spread of what is left. Sums run upward by
+// column, in double precision.
+template <std::size_t kRows>
+void Centre(float* rows, std::size_t columns, float* spreads) {
+  const auto count = static_cast<double>(columns);
+  double sums[kRows] = {};
+  for (std::size_t c = 0; c < columns; ++c) {
+    for (std::size_t r = 0; r < kRows; ++r) sums[r] += static_cast<double>(rows[r * columns + c]);
+  }
+  for (std::size_t r = 0; r < kRows; ++r) {
+    const double mean = sums[r] / count;
+    for (std::size_t c = 0; c < columns; ++c) {
+      float& value = rows[r * columns + c];
+      value = static_cast<float>(value - mean);
+    }
+  }
+  Sums centred[kRows];
+  for (std::size_t c = 0; c < columns; ++c) {
+    for (std::size_t r = 0; r < kRows; ++r) centred[r].Add(static_cast<double>(rows[r * columns + c]));
+  }
+  for (std::size_t r = 0; r < kRows; ++r) {
+    spreads[r] = columns > 1 ? static_cast<float>(std::sqrt(centred[r].Deviation(count) / count)) : 0;
+  }
+}
+
+bool TakesPart(const SetupChannel& channel) {
+  return channel.channelType == 0 && channel.channelFlagC == 0;
+}
+
+}  // namespace
+
+bool CSignalStats::Prepare(std::int32_t channels, std::int32_t points, const int* flags) {
+  ready = 0;
+  channelCount = channels;
+  pointCount = points;
+  selectedCount = 0;
+  spans_ = {};
+  if (flags == nullptr || channels < 0 || points < 0) return false;
+  if (!selected.Make(static_cast<std::size_t>(channels))) return false;
+  std::copy_n(flags, channels, selected.All().begin());
+  selectedCount =
+      static_cast<std::int32_t>(std::count_if(flags, flags + channels, [](int flag) { return flag != 0; }));
+  const auto columns = static_cast<std::size_t>(selectedCount);
+  const auto rows = static_cast<std::size_t>(points);
+  return columns > 0 && pointSpread.Make(rows) && centred.Make(rows, columns) && ratios.Make(columns);
+}
+
+void CSignalStats::Load(std::span<const float> data) {
+  if (!centred) return;
+  const std::size_t columns = centred.Columns();
+  std::size_t point = 0;
+  for (; point + kPointsAtOnce <= centred.Rows(); point += kPointsAtOnce) {
+    for (std::size_t i = 0; i < kPointsAtOnce; ++i) TakeSelected(data, point + i);
+    Centre<kPointsAtOnce>(centred[point], columns, pointSpread.All().data() + point);
+  }
+  for (; point < centred.Rows(); ++point) {
+    TakeSelected(data, point);
+    Centre<1>(centred[point], columns, pointSpread.All().data() + point);
+  }
+  spans_ = {};
+  ready = 1;
+}
+
+// The row of `centred` is zero until then.
+void CSignalStats::TakeSelected(std::span<const float> data, std::size_t point) {
+  const auto channels = static_cast<std::size_t>(channelCount);
+  const std::size_t first = std::min(data.size(), point * channels);
+  const std::span<const float> values = data.subspan(first, std::min(channels, data.size() - first));
+  float* row = centred[point];
+  for (std::size_t channel = 0; channel < values.size(); ++channel) {
+    if (selected[channel] != 0) *row++ = values[channel];
+  }
+}
+
+const std::vector<double>& CSignalStats::ColumnSpreads(std::int32_t from, std::int32_t to) {
+  for (const Span& span : spans_) {
+    if (span.from == from && span.to == to && !span.spreads.empty()) return span.spreads;
+  }
+  Span& span = spans_[nextSpan_];
+  nextSpan_ = (nextSpan_ + 1) % spans_.size();
+  const std::size_t columns = centred.Columns();
+  span = {from, to, std::vector<double>(columns)};
+  const auto first = static_cast<std::size_t>(std::max(from, 0));
+  const auto end = static_cast<std::size_t>(std::clamp(to, 0, pointCount));
+  if (end < first + 2) return span.spreads;
+  std::vector<Sums> sums(columns);
+  for (std::size_t point = first; point < end; ++point) {
+    const float* const row = centred[point];
+    for (std::size_t c = 0; c < columns; ++c) sums[c].Add(row[c]);
+  }
+  const auto count = static_cast<double>(end - first);
+  std::transform(sums.begin(), sums.end(), span.spreads.begin(),
+                 [count](const Sums& sum) { return std::sqrt(sum.Deviation(count) / (count - 1)); });
+  return span.spreads;
+}
+
+double CSignalStats::GetNoise(std::int32_t from, std::int32_t to, int mode) {
+  constexpr std::int64_t kFewestPoints = 2;
+  if (!HasData() || std::int64_t{to} - from < kFewestPoints) return -1;
+  if (mode == 1) return static_cast<double>(GetLowSpread());
+  double sum = 0;
+  for (const double spread : ColumnSpreads(from, to)) sum += spread;
+  return sum / selectedCount;
+}
+
+double CSignalStats::GetChannelRatio(std::int32_t selectedIndex, std::int32_t from, std::int32_t to,
+                                     std::int32_t from2, std::int32_t to2, int mode) {
+  const auto column = static_cast<std::size_t>(selectedIndex);
+  if (!HasData() || column >= ratios.Size()) return -1;
+  const double noise = mode == 1 ? static_cast<double>(GetLowSpread()) : ColumnSpreads(from, to)[column];
+  const double signal = ColumnSpreads(from2, to2)[column];
+  const double ratio = noise == 0 ? 0 : signal / noise;
+  ratios[column] = static_cast<float>(ratio);
+  return ratio;
+}
+
+float CSignalStats::GetLowSpread() const {
+  constexpr double kFifth = -0.2F;
+  const OwnedVector<float> sorted = Sorted(pointSpread.All());
+  const auto count = static_cast<std::int32_t>(sorted.Size());
+  if (count == 0) return 0;
+  std::int32_t place = -1 - TruncateToInt32(count * kFifth);
+  if (place == count) --place;
+  place = std::max(place, 0);
+  return sorted[static_cast<std::size_t>(count % 2 != 0 ? place : place + 1)];
+}
+
+float CSignalStats::GetBestRatio() const {
+  const OwnedVector<float> sorted = Sorted(ratios.All());
+  return sorted.Size() == 0 ? 0 : sorted[sorted.Size() - 1];
+}
+
+namespace {
+
+// The best of the channels' ratios, as the setup has them.
+float BestRatioOf(const CSetup& setup, const CSignalStats& stats) {
+  const std::span<const SetupChannel> channels = setup.Channels();
+  if (channels.empty() || channels[0].signalRatio == 0) return stats.GetBestRatio();
+  float best = -1;
+  for (const SetupChannel& channel : channels) {
+    if (channel.signalRatio > best) best = channel.signalRatio;
+  }
+  return best;
+}
+
+}  // namespace
+
+bool FillSignalFigures(std::span<const float> data, CSetup& setup) try {
+  const std::span<SetupChannel> channels = setup.Channels();
+  std::vector<int> flags(channels.size());
+  std::transform(channels.begin(), channels.end(), flags.begin(),
+                 [](const SetupChannel& channel) { return TakesPart(channel) ? 1 : 0; });
+  CSignalStats stats;
+  if (!stats.Prepare(static_cast<std::int32_t>(flags.size()), setup.pointCount, flags.data())) return false;
+  stats.Load(data);
+
+  // From the first point of the axis to just before time zero lies the noise, behind it the signal.
+  const std::int32_t first = setup.PointOfTime(setup.timeStart);
+  const std::int32_t last = std::max(setup.PointOfTime(0) - 2, 0);
+  const double noise = stats.GetNoise(first, last, setup.timeStart >= 0 ? 1 : 0);
+  if (setup.mainField8164 == 0) setup.mainField8164 = static_cast<float>(noise);
+  std::int32_t selectedIndex = 0;
+  for (SetupChannel& channel : channels) {
+    if (!TakesPart(channel)) {
+      channel.signalRatio = 0;
+      continue;
+    }
+    const double ratio = stats.GetChannelRatio(selectedIndex++, first, last, last, setup.pointCount, 0);
+    if (channel.signalRatio == 0) channel.signalRatio = static_cast<float>(ratio);
+  }
+  if (setup.mainField8168 == 0) setup.mainField8168 = BestRatioOf(setup, stats);
+  return true;
+} catch (const std::bad_alloc&) {
+  return false;
+}
+
+}  // namespace wavelock
