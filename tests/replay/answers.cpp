@@ -203,6 +203,17 @@ std::string Latin1ToUtf8(std::string_view text) {
   return utf8;
 }
 
+std::string Utf8ToLatin1(std::string_view text) {
+  std::string latin1;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto code = static_cast<unsigned char>(text[i]);
+    const bool isPair = code >= 0xC0 && i + 1 < text.size();
+    latin1 += isPair ? static_cast<char>((code & 0x03) << 6 | (static_cast<unsigned char>(text[++i]) & 0x3F))
+                     : text[i];
+  }
+  return latin1;
+}
+
 std::string Hexadecimal(std::span<const std::byte> bytes) {
   constexpr char kDigits[] = "0123456789abcdef";
   std::string text;

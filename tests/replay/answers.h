@@ -15,6 +15,7 @@
 namespace wavelock::replay {
 
 std::string Latin1ToUtf8(std::string_view text);
+std::string Utf8ToLatin1(std::string_view text);  // what came from the other
 std::string Hexadecimal(std::span<const std::byte> bytes);
 std::string Sha256(std::span<const std::byte> bytes);
 

@@ -55,13 +55,16 @@ nlohmann::json RecordingUser::TakeMessages() {
 RecordedHost::RecordedHost(const nlohmann::json& host)
     : user_(host), host_{Host::Default().files, profile_, user_, Host::Default().process} {
   for (const auto& entry : host.value("profile", nlohmann::json::array())) {
-    const std::string section = entry.at(0);
-    const std::string key = entry.at(1);
-    if (entry.at(2).is_number()) {
-      profile_.SetInt(section, key, entry.at(2).get<int>());
-    } else {
-      profile_.SetString(section, key, entry.at(2).get<std::string>());
-    }
+    SetProfile(entry.at(0), entry.at(1), entry.at(2));
+  }
+}
+
+void RecordedHost::SetProfile(const std::string& section, const std::string& key,
+                              const nlohmann::json& value) {
+  if (value.is_number()) {
+    profile_.SetInt(section, key, value.get<int>());
+  } else {
+    profile_.SetString(section, key, value.get<std::string>());
   }
 }
 

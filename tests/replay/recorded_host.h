@@ -3,6 +3,7 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "tests/support/test_host.h"
 #include "wavelock/platform/host.h"
@@ -36,6 +37,9 @@ class RecordedHost {
 
   Host& Get() { return host_; }
   RecordingUser& User() { return user_; }
+
+  // A number or a text.
+  void SetProfile(const std::string& section, const std::string& key, const nlohmann::json& value);
 
  private:
   MemoryProfileStore profile_;

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tests/replay/open_script.h"
+#include "tests/replay/save_script.h"
 #include "tests/replay/setup_script.h"
 
 namespace {
@@ -17,6 +18,7 @@ using nlohmann::json;
 json Run(const json& script) {
   const std::string kind = script.at("kind");
   if (kind == "open") return wavelock::replay::RunOpenScript(script);
+  if (kind == "save") return wavelock::replay::RunSaveScript(script);
   if (kind == "setup") return wavelock::replay::RunSetupScript(script);
   throw std::runtime_error("no script of kind " + kind + " can be replayed");
 }
