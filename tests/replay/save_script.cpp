@@ -232,6 +232,41 @@ json AppendEpoch(Stage& stage, const json& step) {
   return stage.recording.AppendEpochFloat(data.data(), SizeOf(step, data));
 }
 
+json WriteAverage(Stage& stage, const json& step) {
+  const std::vector<float> data = Numbers<float>(step, "data");
+  return stage.recording.WriteAverageSection(data.data(), SizeOf(step, data), step.at("section").get<int>());
+}
+
+json WriteVariance(Stage& stage, const json& step) {
+  const std::vector<float> data = Numbers<float>(step, "data");
+  return stage.recording.WriteVarianceSection(data.data(), SizeOf(step, data));
+}
+
+void Fill(FloatMatrix& matrix, const std::vector<float>& values) {
+  const std::span<float> all = matrix.All();
+  std::copy_n(values.begin(), std::min(values.size(), all.size()), all.begin());
+}
+
+json WriteTimeFrequency(Stage& stage, const json& step) {
+  CTFDEpoch data(stage.recording.GetSetup(), 0);
+  if (!data.imaginary) data.AllocImaginary();
+  Fill(data.main, Numbers<float>(step, "main"));
+  Fill(data.imaginary, Numbers<float>(step, "imaginary"));
+  return stage.recording.WriteTimeFrequencyData(&data);
+}
+
+json WritePaired(Stage& stage, const json& step) {
+  const json& pairs = step.at("pairs");
+  CTFDPaired data(stage.recording.GetSetup(), static_cast<std::int32_t>(pairs.size()));
+  for (std::size_t k = 0; k < pairs.size() && data.ready != 0; ++k) {
+    data.pairIndex[0][k] = pairs[k][0].get<std::int32_t>();
+    data.pairIndex[1][k] = pairs[k][1].get<std::int32_t>();
+  }
+  Fill(data.real, Numbers<float>(step, "real"));
+  Fill(data.imaginary, Numbers<float>(step, "imaginary"));
+  return stage.recording.WritePairedData(&data);
+}
+
 json SetProfile(Stage& stage, const json& step) {
   stage.host.SetProfile(step.at("section"), step.at("key"), step.at("value"));
   return nullptr;
@@ -257,6 +292,10 @@ const std::map<std::string, Operation>& Operations() {
       {"appendContinuousFloat", AppendContinuous},
       {"appendEpochHead", AppendEpochHead},
       {"appendEpochFloat", AppendEpoch},
+      {"writeAverageSection", WriteAverage},
+      {"writeVarianceSection", WriteVariance},
+      {"writeTimeFrequencyData", WriteTimeFrequency},
+      {"writePairedData", WritePaired},
       {"profile", SetProfile},
       {"saveAndClose", SaveAndClose},
   };

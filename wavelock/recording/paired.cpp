@@ -1,6 +1,9 @@
 // The channel pairs of a time-frequency recording: a matrix of the places of their entries, and the entries.
 #include <algorithm>
+#include <cstring>
+#include <limits>
 #include <new>
+#include <vector>
 
 #include "wavelock/numerics/positions.h"
 #include "wavelock/recording/recording_file.h"
@@ -8,13 +11,14 @@
 namespace wavelock {
 namespace {
 
-// What an entry begins with; real and imaginary values follow.
+// An entry begins with its two channels and a zero; real and imaginary values follow.
 struct PairHead {
   Stored<std::uint16_t> first;
   Stored<std::uint16_t> second;
-  Stored<std::uint32_t> reserved;
+  StoredBytes<4> reserved{};
 };
-static_assert(sizeof(PairHead) == 2 + 2 + 4);
+constexpr std::uint64_t kPairHeadBytes = sizeof(PairHead);
+static_assert(kPairHeadBytes == 2 + 2 + 4);
 
 constexpr int kFirstRevisionWithTail = 14;
 
@@ -90,40 +94,61 @@ bool CRecordingFile::ReadPairs(CTFDPaired& data) {
   return isWhole;
 }
 
-// Entries lie as far apart as if their values had the width of a sample, the matrix right behind the last
-// one.
-bool CRecordingFile::WritePairedData(CTFDPaired* data) {
-  if (data == nullptr || data->valid == 0 || !file) return false;
-  const std::int32_t channels = data->GetChannelCount();
-  if (!IsChannelCount(channels)) return false;
-  const std::uint64_t step = sizeof(PairHead) + std::uint64_t{sizeof(float)} * data->real.Columns() *
-                                                    static_cast<unsigned>(sampleWidth);
-  const auto headerBytes = static_cast<int>(HeaderSizeFor(channels));
-  FillHeader(data->GetConfig(), &rawHeader);
-  if (!file->SeekTo(0) || !WriteHeaderBlock(&rawHeader, file.get(), headerBytes)) return false;
+// ---- writing
 
-  Matrix<std::int32_t> positions;
-  if (!positions.Make(static_cast<std::size_t>(channels), static_cast<std::size_t>(channels))) return false;
-  auto position = static_cast<std::uint64_t>(headerBytes);
-  for (std::size_t pair = 0; pair < data->real.Rows(); ++pair) {
-    const auto first = static_cast<std::size_t>(data->pairIndex[0][pair]);
-    const auto second = static_cast<std::size_t>(data->pairIndex[1][pair]);
-    if (first >= positions.Rows() || second >= positions.Rows()) return false;
-    positions[first][second] = positions[second][first] = static_cast<std::int32_t>(position);
-    if (!file->SeekTo(position) || !WritePair(*data, pair)) return false;
-    position += step;
+// Where the entries will lie, one behind the other. Nothing for pairs of channels that there are not, and for
+// more than the matrix can point to.
+bool CRecordingFile::PlacePairs(const CTFDPaired& data, std::vector<std::int32_t>& positions) const {
+  const auto channels = data.GetChannelCount();
+  const std::uint64_t points = data.real.Columns();
+  const std::uint64_t stride =
+      static_cast<std::uint64_t>(sampleWidth) * sizeof(float) * points + kPairHeadBytes;
+  std::uint64_t position = HeaderSizeFor(channels);
+  for (std::int32_t k = 0; k < data.GetPairCount(); ++k) {
+    const auto pair = static_cast<std::size_t>(k);
+    const std::int32_t first = data.pairIndex[0][pair];
+    const std::int32_t second = data.pairIndex[1][pair];
+    if (std::min(first, second) < 0 || std::max(first, second) >= channels) return false;
+    if (position > std::numeric_limits<std::int32_t>::max()) return false;
+    positions.push_back(static_cast<std::int32_t>(position));
+    position += stride;
   }
-  return file->Write(std::as_bytes(positions.All()));
+  return true;
 }
 
-bool CRecordingFile::WritePair(const CTFDPaired& data, std::size_t pair) {
+bool CRecordingFile::WritePair(const CTFDPaired& data, std::size_t pair, std::int32_t position) {
+  const std::size_t rowBytes = data.real.Columns() * sizeof(float);
+  const std::span<std::byte> entry = readBuffer_.Take(kPairHeadBytes + 2 * rowBytes);
+  if (entry.empty()) return false;
   PairHead head;
   head.first = static_cast<std::uint16_t>(data.pairIndex[0][pair]);
   head.second = static_cast<std::uint16_t>(data.pairIndex[1][pair]);
-  const auto rowOf = [pair](const FloatMatrix& matrix) {
-    return std::as_bytes(std::span(matrix[pair], matrix.Columns()));
-  };
-  return file->Write(BytesOf(head)) && file->Write(rowOf(data.real)) && file->Write(rowOf(data.imaginary));
+  std::memcpy(entry.data(), &head, sizeof head);
+  if (rowBytes > 0) {
+    std::memcpy(entry.data() + sizeof head, data.real[pair], rowBytes);
+    std::memcpy(entry.data() + sizeof head + rowBytes, data.imaginary[pair], rowBytes);
+  }
+  return file->SeekTo(static_cast<std::uint64_t>(position)) && file->Write(entry);
+}
+
+bool CRecordingFile::WritePairedData(CTFDPaired* data) {
+  if (data == nullptr || data->ready == 0 || !file || !IsChannelCount(data->GetChannelCount())) return false;
+  const auto channels = static_cast<std::size_t>(data->GetChannelCount());
+  std::vector<std::int32_t> positions;
+  Matrix<std::int32_t> matrix;
+  if (!PlacePairs(*data, positions) || !matrix.Make(channels, channels)) return false;
+  rawHeader = {};
+  if (!FillHeader(data->GetConfig(), &rawHeader) || !file->SeekTo(0)) return false;
+  if (!WriteHeaderBlock(&rawHeader, file.get(), static_cast<int>(HeaderSizeFor(data->GetChannelCount())))) {
+    return false;
+  }
+  for (std::size_t k = 0; k < positions.size(); ++k) {
+    const auto first = static_cast<std::size_t>(data->pairIndex[0][k]);
+    const auto second = static_cast<std::size_t>(data->pairIndex[1][k]);
+    matrix[first][second] = matrix[second][first] = positions[k];
+    if (!WritePair(*data, k, positions[k])) return false;
+  }
+  return file->Write(std::as_bytes(matrix.All()));
 }
 
 }  // namespace wavelock

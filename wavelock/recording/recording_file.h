@@ -25,6 +25,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "wavelock/annotations/correction_overlay.h"
 #include "wavelock/annotations/epoch_header.h"
@@ -210,9 +211,8 @@ class CRecordingFile {
   // it was filled.
   virtual CTFDPaired* BuildPairedData();
 
-  // Writes a header for the object's setup, the pairs and the matrix of their places into a created
-  // recording. The matrix ends where the file does then. False for a pair of channels that do not exist, and
-  // when something cannot be written.
+  // Writes the header of the set's setup, its pairs and their matrix: all of a created file up to its tail.
+  // False for pairs of channels that there are not, and when something could not be written.
   virtual bool WritePairedData(CTFDPaired* data);
 
   // Fills `pairMatrix`. False leaves it empty.
@@ -344,7 +344,8 @@ class CRecordingFile {
   bool TakeMarkers(CTFDEpoch& data, std::uint32_t index) const;
   bool KeepAverage();
   bool ReadPairs(CTFDPaired& data);
-  bool WritePair(const CTFDPaired& data, std::size_t pair);
+  bool PlacePairs(const CTFDPaired& data, std::vector<std::int32_t>& positions) const;
+  bool WritePair(const CTFDPaired& data, std::size_t pair, std::int32_t position);
 
   // Kept from request to request while a file is open.
   WorkBuffer readBuffer_;  // bytes as they come from the file
