@@ -41,6 +41,8 @@ constexpr Entry kMessages[] = {
     {MessageNumber::kEventTableHeadShort, "The file ends before its event table."},
     {MessageNumber::kEventTableTooLarge, "There is not enough memory for the event table."},
     {MessageNumber::kEventTableNotWritten, "The event table could not be written."},
+    {MessageNumber::kMarkersNotSaved,
+     "A continuous recording has no place for markers: those of %s were not saved with it."},
     {MessageNumber::kNoDataObject, "A recording of this kind holds no data set that can be loaded whole."},
 };
 

@@ -28,6 +28,7 @@ enum class MessageNumber : int {
   kEventTableHeadShort = 1775,
   kEventTableTooLarge = 1776,
   kEventTableNotWritten = 1777,
+  kMarkersNotSaved = 1778,  // takes the file's name
   kNoDataObject = 1779,
 };
 

@@ -1,7 +1,6 @@
 // The sections of an averaged file: floats, channel by channel. Of each channel the file has the average,
 // with its variance if the header says so, and, if it counts accepted sweeps, two values for each of these.
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <limits>
 #include <optional>
@@ -21,13 +20,6 @@ struct SectionShape {
   std::size_t values;
 
   std::size_t RowBytes() const { return prefix + values * sizeof(float); }
-};
-
-// What the rules for old files multiply a channel's values by; it is done one after the other.
-struct SectionRules {
-  float domain = 1;
-  bool hasSensitivities = false;
-  std::array<float, kMaxChannels> sensitivities;  // squared
 };
 
 namespace {
@@ -127,6 +119,11 @@ void Multiply(std::span<float> values, float factor) {
   for (float& value : values) value *= factor;
 }
 
+void ApplyRules(const SectionRules& rules, std::size_t channel, std::span<float> values) {
+  if (rules.domain != 1) Multiply(values, rules.domain);
+  if (rules.hasSensitivities) Multiply(values, rules.sensitivities[channel]);
+}
+
 void ScaleAverage(std::span<float> values, double sweeps, double scale, double half) {
   for (float& value : values) value = static_cast<float>(value / sweeps * scale * half);
 }
@@ -181,11 +178,13 @@ bool CRecordingFile::ReadAveragedSection(std::int32_t count, float* out, int sec
   const std::optional<std::uint64_t> before = file->Position();
   if (!before || dataStart < 0 || setup->channels.Size() < channels) return false;
   const SectionShape shape = ShapeOf(rawHeader.header, section, static_cast<std::uint64_t>(dataStart));
-  const SectionRules rules = TakeSectionRules(section);
+  SectionRules rules = TakeSectionRules(section);
   if (section == kAverageSection && setup->frequencyDomain != 0 && setup->spectrumScale == 0) {
     halveSpectrum = 1;
+    rules.isHalved = true;
     TakeSpectrumAsAmplitudes();
   }
+  if (section == kAverageSection && !averageRules_) averageRules_ = rules;
   const std::span<float> values(out, static_cast<std::size_t>(count) * channels);
   const bool isWhole = LiesInside(shape.position, shape.RowBytes() * channels, fileSize) &&
                        file->SeekTo(shape.position) && ReadSectionRows(section, shape, rules, values);
@@ -211,8 +210,7 @@ bool CRecordingFile::ReadSectionRows(int section, const SectionShape& shape, con
     for (std::size_t r = 0; r < rows; ++r) {
       const std::span<float> row = values.subspan(r * shape.values, shape.values);
       TakeValues(bytes.data() + r * shape.RowBytes() + shape.prefix, row);
-      if (rules.domain != 1) Multiply(row, rules.domain);
-      if (rules.hasSensitivities) Multiply(row, rules.sensitivities[first + r]);
+      ApplyRules(rules, first + r, row);
       if (section != kAverageSection) continue;
       SetupChannel& channel = setup->channels[first + r];
       channel.sweeps = std::max(channel.sweeps, 1);
@@ -274,6 +272,45 @@ bool CRecordingFile::WriteSectionRows(const float* data, int section, std::uint3
     const std::span<std::byte> written = bytes.first(std::min<std::size_t>(bytes.size(), limit));
     if (!file->Write(written)) return true;
     limit -= static_cast<std::uint32_t>(written.size());
+  }
+  return true;
+}
+
+// ---- copying
+
+bool CRecordingFile::CopySections(File& target) {
+  for (const int section : {kAverageSection, kVarianceSection, kFirstFsp, kSecondFsp}) {
+    if (!HasSection(rawHeader.header, section)) continue;
+    const SectionRules rules =
+        section == kAverageSection && averageRules_ ? *averageRules_ : TakeSectionRules(section);
+    if (!CopySectionRows(section, rules, target)) return false;
+  }
+  return true;
+}
+
+// As the rows are stored, but with the rules for old files done once and for all. Half of a value is exact,
+// so it may be taken before the value is scaled.
+bool CRecordingFile::CopySectionRows(int section, const SectionRules& rules, File& target) {
+  const std::size_t channels = rawHeader.header.channelCount;
+  const SectionShape shape = ShapeOf(rawHeader.header, section, static_cast<std::uint64_t>(dataStart));
+  if (!LiesInside(shape.position, shape.RowBytes() * channels, fileSize) || !file->SeekTo(shape.position))
+    return false;
+  const std::size_t atOnce = ChannelsAtOnce(shape);
+  for (std::size_t first = 0; first < channels; first += atOnce) {
+    const std::size_t rows = std::min(atOnce, channels - first);
+    const std::span<std::byte> bytes = readBuffer_.Take(rows * shape.RowBytes());
+    const std::span<float> row = TakeFloats(rawBuffer_, shape.values);
+    if (bytes.size() < rows * shape.RowBytes() || row.size() < shape.values) return false;
+    if (!file->ReadExactly(bytes)) return false;
+    for (std::size_t r = 0; r < rows; ++r) {
+      const std::span<std::byte> values =
+          bytes.subspan(r * shape.RowBytes() + shape.prefix, row.size_bytes());
+      TakeValues(values.data(), row);
+      ApplyRules(rules, first + r, row);
+      if (rules.isHalved) Multiply(row, 0.5F);
+      std::copy_n(std::as_bytes(row).begin(), values.size(), values.begin());
+    }
+    if (!target.Write(bytes)) return false;
   }
   return true;
 }

@@ -76,6 +76,27 @@ std::uint64_t CRecordingFile::GetContinuousSampleCount() {
   return static_cast<std::uint64_t>(count);
 }
 
+// A damaged header may count fewer samples than there are: none may be left between the last one and what
+// follows the samples.
+bool CRecordingFile::CountsAllSamples() {
+  const RecordingHeader& header = rawHeader.header;
+  const int layout = header.sampleLayout;
+  const std::uint64_t channels = header.channelCount;
+  const bool hasTable = layout != kWithTriggers && layout != kWithLeadingWord;
+  const std::uint64_t end = hasTable ? std::min(ReadEventTablePosition(), fileSize) : fileSize;
+  const auto start = static_cast<std::uint64_t>(dataStart);
+  const std::uint64_t unit =
+      layout == kBlocks ? header.blockBytes * channels
+                        : (channels + WordsBesideChannels(layout)) * static_cast<std::uint64_t>(sampleWidth);
+  if (end < start || unit == 0) return false;
+  const std::uint64_t samplesInUnit =
+      layout == kBlocks ? header.blockBytes / static_cast<std::uint64_t>(sampleWidth) : 1;
+  const std::uint64_t samples = GetContinuousSampleCount();
+  const std::uint64_t units = (end - start) / unit;
+  return samples <= units * samplesInUnit &&
+         units * samplesInUnit - samples < std::max<std::uint64_t>(1, samplesInUnit);
+}
+
 bool CRecordingFile::IsContinuousRange(std::uint64_t start, std::uint64_t end) {
   if (GetFileClass(&rawHeader) != kContinuous) return false;
   const std::uint64_t total = GetContinuousSampleCount();

@@ -35,15 +35,19 @@ constexpr std::int32_t RecordBytes(int kind) {
   return kind == kShortRecordsByOffset ? kShortRecordBytes : static_cast<std::int32_t>(sizeof(EventRecord));
 }
 
-// Records are read this many at a time, so that a table claims no memory that the file does not fill.
-constexpr std::size_t kRecordsAtOnce = 64 * 1024;
+// Between a sample and its byte offset in the file, counting as if the samples were one plain run. Both wrap
+// at 32 bits like the field; a way back that ends between two samples gives the one nearer to the first.
+std::uint32_t OffsetOfPoint(std::uint32_t point, int dataStart, int sampleBytes) {
+  return static_cast<std::uint32_t>(sampleBytes) * point + static_cast<std::uint32_t>(dataStart);
+}
 
-// From a byte offset to the sample there, counting as if the samples were one plain run. Wraps at 32 bits
-// like the field, and truncates.
-std::uint32_t SampleAtOffset(std::uint32_t offset, int dataStart, int sampleBytes) {
+std::uint32_t PointOfOffset(std::uint32_t offset, int dataStart, int sampleBytes) {
   const std::int32_t distance = WrapToInt32(std::int64_t{offset} - dataStart);
   return sampleBytes != 0 ? static_cast<std::uint32_t>(distance / sampleBytes) : 0;
 }
+
+// Records are read this many at a time, so that a table claims no memory that the file does not fill.
+constexpr std::size_t kRecordsAtOnce = 64 * 1024;
 
 // ---- words beside the samples
 
@@ -87,13 +91,15 @@ int CRecordingFile::GetEventCount() {
 }
 
 bool CRecordingFile::ReadEvents() {
+  eventsAreKnown_ = false;
   constexpr int kLayoutWithTriggers = 0;
   constexpr int kLayoutWithoutEvents = 2;
   if (GetFileClass(&rawHeader) != kContinuous || !file) return false;
   eventGroup.SetSize(0);
   const int layout = rawHeader.header.sampleLayout;
-  if (layout == kLayoutWithTriggers) return ReadTriggerWords();
+  if (layout == kLayoutWithTriggers) return eventsAreKnown_ = ReadTriggerWords();
   if (layout == kLayoutWithoutEvents) {
+    eventsAreKnown_ = true;  // nobody ever could
     ReportMessage(NumberedMessage(MessageNumber::kEventsUnreadableLayout));
     return false;
   }
@@ -107,7 +113,7 @@ bool CRecordingFile::ReadEvents() {
   }
   if (head.kind < kShortRecordsByOffset || head.kind > kRecordsBySample || head.byteSize < 0) return false;
   if (ReadEventRecords(head.kind, head.byteSize / RecordBytes(head.kind)) && eventGroup.RemoveDuplicates())
-    return true;
+    return eventsAreKnown_ = true;
   eventGroup.SetSize(0);
   return false;
 }
@@ -124,6 +130,7 @@ bool CRecordingFile::ReadEventRecords(int kind, std::int32_t count) {
     ReportMessage(NumberedMessage(MessageNumber::kEventTableTooLarge));
     return false;
   }
+  const int sampleBytes = rawHeader.header.channelCount * sampleWidth;
   const bool convertSegments = host.profile.GetInt(profile::kState, profile::kConvertSegments, 0) != 0;
   bool isWhole = readable == count;
   int converted = 0;
@@ -135,7 +142,7 @@ bool CRecordingFile::ReadEventRecords(int kind, std::int32_t count) {
       EventRecord& record = records[i];
       std::memcpy(&record, bytes.data() + i * recordBytes, recordBytes);
       if (kind != kRecordsBySample) {
-        record.point = SampleAtOffset(record.point, dataStart, rawHeader.header.channelCount * sampleWidth);
+        record.point = PointOfOffset(record.point, dataStart, sampleBytes);
       }
       if (convertSegments && IsSsSegment(record.SegmentClass())) {
         record.SetSegmentClass(kDcSegment);
@@ -180,18 +187,33 @@ bool CRecordingFile::ReadTriggerWords() {
   return isWhole;
 }
 
-// One write for many records. The table in memory keeps its sample indexes.
 bool CRecordingFile::WriteEventTable() {
-  constexpr std::uint64_t kLargestByOffset = 0x40000000;
   if (!file || !setup) return false;
-  const bool bySample = file->Size().value_or(0) >= kLargestByOffset;
-  const auto sampleBytes =
-      static_cast<std::uint32_t>(setup->channelCount) * static_cast<std::uint32_t>(sampleWidth);
+  WriteEvents(*file, dataStart);
+  return true;
+}
+
+// Whether every event comes back from a table of byte offsets, whose fields have 32 bits.
+bool CRecordingFile::EventsFitOffsets(int start) const {
+  const int sampleBytes = setup->channelCount * sampleWidth;
+  const std::span<const EventRecord> events = eventGroup.Elements();
+  return std::all_of(events.begin(), events.end(), [&](const EventRecord& event) {
+    return PointOfOffset(OffsetOfPoint(event.point, start, sampleBytes), start, sampleBytes) == event.point;
+  });
+}
+
+// One write for many records. The table in memory keeps its sample indexes. The events of a file that already
+// is must come back as they were, wherever they point.
+void CRecordingFile::WriteEvents(File& target, int start) {
+  constexpr std::uint64_t kLargestByOffset = 0x40000000;
+  const bool bySample =
+      target.Size().value_or(0) >= kLargestByOffset || (!isCreated_ && !EventsFitOffsets(start));
+  const int sampleBytes = setup->channelCount * sampleWidth;
   const std::span<const EventRecord> events = eventGroup.Elements();
   EventTableHead head;
   head.kind = static_cast<std::uint8_t>(bySample ? kRecordsBySample : kRecordsByOffset);
   head.byteSize = WrapToInt32(static_cast<std::int64_t>(events.size_bytes()));
-  bool isWritten = file->Write(BytesOf(head));
+  bool isWritten = target.Write(BytesOf(head));
   for (std::size_t first = 0; first < events.size() && isWritten; first += kRecordsAtOnce) {
     const std::span<const EventRecord> part =
         events.subspan(first, std::min(kRecordsAtOnce, events.size() - first));
@@ -199,13 +221,12 @@ bool CRecordingFile::WriteEventTable() {
     isWritten = bytes.size() == part.size_bytes();
     for (std::size_t i = 0; i < part.size() && isWritten; ++i) {
       EventRecord record = part[i];
-      if (!bySample) record.point = sampleBytes * record.point + static_cast<std::uint32_t>(dataStart);
+      if (!bySample) record.point = OffsetOfPoint(record.point, start, sampleBytes);
       std::memcpy(bytes.data() + i * sizeof record, &record, sizeof record);
     }
-    isWritten = isWritten && file->Write(bytes);
+    isWritten = isWritten && target.Write(bytes);
   }
   if (!isWritten) ReportMessage(NumberedMessage(MessageNumber::kEventTableNotWritten));
-  return true;
 }
 
 }  // namespace wavelock

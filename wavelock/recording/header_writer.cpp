@@ -300,7 +300,7 @@ bool CRecordingFile::FillHeader(CSetup* from, void* buffer) {
   for (const SetupChannel& channel : source.Channels()) FillChannel(source, channel, *record++);
   if (source.channelCount > 0) {
     header.gainBase = kGainBaseWhenWriting;
-    header.sampleCountField = static_cast<std::uint32_t>(SamplesWritten());
+    header.sampleCountField = static_cast<std::uint32_t>(SamplesOfFile());
     header.eventCount = static_cast<std::uint32_t>(eventGroup.Size());
   }
   return true;

@@ -55,6 +55,8 @@ CRecordingFile::~CRecordingFile() = default;
 bool CRecordingFile::OpenFile(std::string path) {
   kindPromptDone = 0;
   keptData.reset();
+  averageRules_.reset();
+  isCreated_ = isTranslated_ = eventsAreKnown_ = false;
   path = CleanPath(std::move(path));
   std::string systemText;
   file = host.files.Open(path, OpenMode::kReadWrite);
@@ -103,7 +105,7 @@ bool CRecordingFile::ReadFileHead() {
   rawHeader = {};
   if (!ReadHeaderBlock()) return false;
   // A translation that stopped has reported why; the samples may still be worth having.
-  TranslateHeader(&rawHeader, setup.get());
+  isTranslated_ = TranslateHeader(&rawHeader, setup.get());
   fileSize = file->Size().value_or(0);
   largeFile = fileSize >= kLargeFileSize ? 1 : 0;
   const int fileClass = GetFileClass(&rawHeader);

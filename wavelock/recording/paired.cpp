@@ -46,13 +46,17 @@ std::int32_t CountPairs(const Matrix<std::int32_t>& matrix) {
 }  // namespace
 
 // The matrix ends where the tail begins, or with the file where there is none.
+std::uint64_t CRecordingFile::PairMatrixEnd() const {
+  return headerRevision >= kFirstRevisionWithTail ? std::uint64_t{rawHeader.header.tailPositionLow}
+                                                  : fileSize;
+}
+
 bool CRecordingFile::LoadPairMatrix() {
   FreeMatrix(pairMatrix);
   if (!file) return false;
   const std::size_t channels = rawHeader.header.channelCount;
   const std::uint64_t bytes = std::uint64_t{channels} * channels * sizeof(std::int32_t);
-  const std::uint64_t end =
-      headerRevision >= kFirstRevisionWithTail ? std::uint64_t{rawHeader.header.tailPositionLow} : fileSize;
+  const std::uint64_t end = PairMatrixEnd();
   if (end < bytes || !LiesInside(end - bytes, bytes, fileSize)) return false;
   if (file->SeekTo(end - bytes) && pairMatrix.Make(channels, channels) &&
       file->ReadExactly(std::as_writable_bytes(pairMatrix.All()))) {
@@ -149,6 +153,39 @@ bool CRecordingFile::WritePairedData(CTFDPaired* data) {
     if (!WritePair(*data, k, positions[k])) return false;
   }
   return file->Write(std::as_bytes(matrix.All()));
+}
+
+// ---- copying
+
+// Entries stay as they lie to each other; the matrix, which follows the last of them, points to their new
+// places.
+bool CRecordingFile::CopyPairs(File& target, int start) {
+  const std::uint64_t matrixBytes = pairMatrix.All().size_bytes();
+  const std::uint64_t matrixEnd = PairMatrixEnd();
+  const auto from = static_cast<std::uint64_t>(dataStart);
+  if (matrixEnd < matrixBytes || matrixEnd - matrixBytes < from) return false;
+  const std::uint64_t entryBytes = matrixEnd - matrixBytes - from;
+  Matrix<std::int32_t> moved;
+  return MovePairs(entryBytes, start, moved) && CopyBytes(from, entryBytes, target) &&
+         target.Write(std::as_bytes(moved.All()));
+}
+
+// False for entries that do not lie in the `bytes` bytes between header and matrix, or would lie where the
+// matrix cannot point to.
+bool CRecordingFile::MovePairs(std::uint64_t bytes, int start, Matrix<std::int32_t>& moved) {
+  const std::uint64_t points = static_cast<std::uint32_t>(std::max(setup->pointCount, 0));
+  const std::uint64_t entry = kPairHeadBytes + 2 * points * sizeof(float);
+  constexpr std::uint64_t kMost = std::numeric_limits<std::int32_t>::max();
+  if (bytes + static_cast<std::uint64_t>(start) > kMost) return false;
+  if (!moved.Make(pairMatrix.Rows(), pairMatrix.Columns())) return false;
+  bool isInside = true;
+  VisitPairs(pairMatrix, [&](std::size_t first, std::size_t second, std::int32_t position) {
+    const auto offset = static_cast<std::uint64_t>(std::int64_t{position} - dataStart);
+    isInside = LiesInside(offset, entry, bytes);
+    moved[first][second] = moved[second][first] = static_cast<std::int32_t>(offset) + start;
+    return isInside;
+  });
+  return isInside;
 }
 
 }  // namespace wavelock

@@ -14,6 +14,7 @@
 //   channel pairs                     paired.cpp
 //   setup to header                   header_writer.cpp
 //   creating and saving               saving.cpp
+//   saving what was opened            upgrading.cpp
 //
 // One recording serves one thread at a time; any number of them live in any number of threads.
 #pragma once
@@ -36,6 +37,7 @@
 #include "wavelock/numerics/work_buffer.h"
 #include "wavelock/platform/host.h"
 #include "wavelock/recording/recording_header.h"
+#include "wavelock/recording/section_rules.h"
 #include "wavelock/setup/setup.h"
 #include "wavelock/tfdata/tfd_epoch.h"
 #include "wavelock/tfdata/tfd_paired.h"
@@ -44,7 +46,6 @@ namespace wavelock {
 
 class CTffFile;
 struct BlockShape;
-struct SectionRules;
 struct SectionShape;
 class OverlayPass;
 
@@ -229,12 +230,28 @@ class CRecordingFile {
   // behind, when it cannot be written.
   virtual bool CreateFile(std::string path, int width);
 
-  // Writes events, setup, what stands beside the samples and the header of a created recording, and closes
-  // it. A `stamp` other than 0, in seconds since 1970, becomes the subject's date and time of recording.
-  // False without an open file. Anything that cannot be written on the way leaves the file as far as it
-  // stands and is not told: as the header is last, such a file cannot be opened, or lacks what could not be
-  // written.
+  // Saves the recording and closes it. A `stamp` other than 0, in seconds since 1970, becomes the subject's
+  // date and time of recording.
+  //
+  // Of a created recording it writes events, setup, what stands beside the samples and the header. False
+  // without an open file. Anything that cannot be written on the way leaves the file as far as it stands and
+  // is not told: as the header is last, such a file cannot be opened, or lacks what could not be written.
+  //
+  // A recording that was opened is brought to the current form as SaveCopy does it, in its own place. False
+  // when that cannot be done: the file is as it was, and the recording still open.
   virtual bool SaveAndClose(std::int64_t stamp);
+
+  // Writes an opened recording, with its setup, events and annotations as they are now, to a file in the
+  // current form. Samples stay the integers that they are, in whatever layout they were; what else the file
+  // holds is delivered as before. Markers of a continuous recording have no place there, which SaveAndClose
+  // reports.
+  //
+  // The copy is made under another name in the folder of `path`, brought to the medium, and then takes the
+  // place of whatever stands at `path`, in one step. So whenever the program or the power fails, `path` holds
+  // what it held before or the whole copy; a file named like `path` with ".new" behind it may be left over.
+  // False, with `path` as it was, when anything cannot be read, understood or written: a file whose events or
+  // pairs were not read, or that holds more data than its header counts, is not copied without them.
+  bool SaveCopy(std::string path);
 
   // Asks where to save the setup as a file of its own. False when nobody said.
   virtual bool SaveSetupAs();
@@ -311,13 +328,32 @@ class CRecordingFile {
   std::uint64_t EndOfPiece(std::uint64_t start) const;
   bool AppendCounts(std::span<const float> values, std::uint64_t samples);
 
-  std::uint64_t SamplesWritten();
+  std::uint64_t SamplesOfFile();
   void TakeTimeOfSaving(std::int64_t stamp);
-  void WriteTail();
+  bool WriteBehindData(File& target, std::span<std::byte> block);
+  bool WriteTail(File& target);
   void SetReadOnlyIfWanted(const std::string& path);
 
   bool ReadEventRecords(int kind, std::int32_t count);
   bool ReadTriggerWords();
+  bool EventsFitOffsets(int start) const;
+  void WriteEvents(File& target, int start);
+
+  bool SaveOpened(std::int64_t stamp);
+  bool IsKnownWhole();
+  bool CountsAllSamples();
+  bool CountsAllEpochs();
+  bool WriteCopy(File& target);
+  bool CopyData(File& target, int start);
+  void DescribeData(RecordingHeader& copy) const;
+  bool CopyBytes(std::uint64_t from, std::uint64_t count, File& target);
+  bool CopySamples(File& target);
+  bool CopyEpochs(File& target);
+  bool CopySections(File& target);
+  bool CopySectionRows(int section, const SectionRules& rules, File& target);
+  bool CopyPairs(File& target, int start);
+  bool MovePairs(std::uint64_t bytes, int start, Matrix<std::int32_t>& moved);
+  std::uint64_t PairMatrixEnd() const;
 
   bool IsEpoch(std::uint32_t index);
   std::uint64_t EpochStride() const;
@@ -346,6 +382,11 @@ class CRecordingFile {
   bool ReadPairs(CTFDPaired& data);
   bool PlacePairs(const CTFDPaired& data, std::vector<std::int32_t>& positions) const;
   bool WritePair(const CTFDPaired& data, std::size_t pair, std::int32_t position);
+
+  bool isCreated_ = false;                    // by CreateFile, not opened
+  bool isTranslated_ = false;                 // all of the header went into the setup
+  bool eventsAreKnown_ = false;               // all that there are
+  std::optional<SectionRules> averageRules_;  // that the average was read with
 
   // Kept from request to request while a file is open.
   WorkBuffer readBuffer_;  // bytes as they come from the file

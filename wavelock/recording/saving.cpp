@@ -36,6 +36,7 @@ bool CRecordingFile::CreateFile(std::string path, int width) {
     return false;
   }
   dataStart = static_cast<int>(hole.size());
+  isCreated_ = true;
   return true;
 }
 
@@ -47,6 +48,7 @@ bool CRecordingFile::SaveAndClose(std::int64_t stamp) {
   if (std::exchange(pendingConversionNotice, 0) != 0) {
     ReportMessage(NumberedMessage(MessageNumber::kSamplesClipped, fileName));
   }
+  if (!isCreated_) return SaveOpened(stamp);
   if (!file) return false;
   const std::string path = filePath;
   setup->hasVariance = wroteVariance;
@@ -58,20 +60,7 @@ bool CRecordingFile::SaveAndClose(std::int64_t stamp) {
   if (stamp != 0) TakeTimeOfSaving(stamp);
   std::vector<std::byte> block(static_cast<std::size_t>(HeaderSize()));
   FillHeader(setup.get(), block.data());
-  if (block.size() >= sizeof(RecordingHeader)) {
-    auto& header = *reinterpret_cast<RecordingHeader*>(block.data());
-    header.eventTablePosition = static_cast<std::uint32_t>(file->Seek(0, SeekOrigin::kEnd).value_or(0));
-    if (setup->dataKind == kContinuous) WriteEventTable();
-    file->Flush();
-    const std::uint64_t tail = file->Seek(0, SeekOrigin::kEnd).value_or(0);
-    header.tailPositionLow = static_cast<std::uint32_t>(tail);
-    header.tailPositionHigh = static_cast<std::uint32_t>(tail >> 32);
-    setup->SaveEmbedded(*file, tail);
-    WriteTail();
-    file->Flush();  // the header vouches for what it points to
-    if (file->SeekTo(0)) WriteHeaderBlock(block.data(), file.get(), static_cast<int>(block.size()));
-    file->Flush();
-  }
+  WriteBehindData(*file, block);
   file.reset();
   fileName.clear();
   filePath.clear();
@@ -84,19 +73,39 @@ void CRecordingFile::TakeTimeOfSaving(std::int64_t stamp) {
   setup->subject->recordDate = host.process.LocalTime(stamp, "%m/%d/%Y");
 }
 
+// All that follows the data of a file, and at last the header, whose block tells where it is. A failure does
+// not stop this, and makes the result false.
+bool CRecordingFile::WriteBehindData(File& target, std::span<std::byte> block) {
+  if (block.size() < sizeof(RecordingHeader)) return false;
+  auto& header = *reinterpret_cast<RecordingHeader*>(block.data());
+  header.eventTablePosition = static_cast<std::uint32_t>(target.Seek(0, SeekOrigin::kEnd).value_or(0));
+  if (setup->dataKind == kContinuous) WriteEvents(target, static_cast<int>(block.size()));
+  target.Flush();
+  const std::uint64_t tail = target.Seek(0, SeekOrigin::kEnd).value_or(0);
+  header.tailPositionLow = static_cast<std::uint32_t>(tail);
+  header.tailPositionHigh = static_cast<std::uint32_t>(tail >> 32);
+  bool isWhole = setup->SaveEmbedded(target, tail);
+  isWhole = WriteTail(target) && isWhole;
+  isWhole = target.Flush() && isWhole;  // the header vouches for what it points to
+  isWhole =
+      target.SeekTo(0) && WriteHeaderBlock(block.data(), &target, static_cast<int>(block.size())) && isWhole;
+  return target.Flush() && isWhole;
+}
+
 // Behind the setup: what stands beside the samples, and the record that closes the tail.
-void CRecordingFile::WriteTail() {
-  CTffFile tail(*file, file->Seek(0, SeekOrigin::kEnd).value_or(0));
+bool CRecordingFile::WriteTail(File& target) {
+  CTffFile tail(target, target.Seek(0, SeekOrigin::kEnd).value_or(0));
+  bool isWhole = true;
   if (setup->dataKind == kContinuous) {
-    overlay.Save(tail);
-    labelList.SortByValue();
-    labelList.Save(tail);
+    isWhole = overlay.Save(tail);
+    isWhole = labelList.SortByValue() && isWhole;
+    isWhole = labelList.Save(tail) && isWhole;
   } else {
-    markerList.Save(tail);
+    isWhole = markerList.Save(tail);
   }
   Stored<std::int32_t> revision;
   revision = kTailRevision;
-  tail.WriteSection(tag::kTailRevision, sizeof revision, &revision, 0);
+  return tail.WriteSection(tag::kTailRevision, sizeof revision, &revision, 0) && isWhole;
 }
 
 void CRecordingFile::SetReadOnlyIfWanted(const std::string& path) {
@@ -107,9 +116,10 @@ void CRecordingFile::SetReadOnlyIfWanted(const std::string& path) {
   }
 }
 
-// Samples per channel between the header and where the file ends now. Nothing but continuous samples is
-// counted.
-std::uint64_t CRecordingFile::SamplesWritten() {
+// Samples per channel: of a file that is being made, those between the header and where it ends now. Nothing
+// but continuous samples is counted.
+std::uint64_t CRecordingFile::SamplesOfFile() {
+  if (!isCreated_) return setup->dataKind == kContinuous ? GetContinuousSampleCount() : 0;
   const std::uint64_t end = file ? file->Size().value_or(0) : 0;
   const auto sampleBytes =
       static_cast<std::uint64_t>(setup->channelCount) * static_cast<std::uint64_t>(sampleWidth);

@@ -1,6 +1,7 @@
 // Setups in files: a setup file of their own, or the tail of a recording.
 #include <string>
 
+#include "wavelock/platform/replacing.h"
 #include "wavelock/prompts/notices.h"
 #include "wavelock/setup/setup.h"
 #include "wavelock/setup/tff_file.h"
@@ -11,36 +12,12 @@ namespace {
 constexpr char kExtension[] = "ast";
 constexpr char kFilter[] = "Setup Files (*.ast)|*.ast||";
 
-// A name beside the file that nothing bears yet; empty when all that come to mind are taken.
-std::string FreeNameBeside(const std::string& path, FileService& files) {
-  constexpr int kTries = 100;
-  for (int i = 0; i < kTries; ++i) {
-    std::string name = path + "." + std::to_string(i) + ".new";
-    if (!files.Exists(name)) return name;
-  }
-  return {};
-}
-
-bool MayBeReplaced(const std::string& path, FileService& files) {
-  const auto status = files.Status(path);
-  return !path.empty() && !(status && status->readOnly);
-}
-
-bool WriteWhole(CSetup& setup, const std::string& path, Host& host) {
-  CTffFile file(host);
-  if (!file.Open(path, OpenMode::kCreate)) return false;
-  setup.Write(file);
-  return file.IsWrittenWhole() && file.Flush();
-}
-
 // Whoever looks finds the old file or the new one, whole.
 bool WriteInPlaceOf(CSetup& setup, const std::string& path, Host& host) {
-  if (!MayBeReplaced(path, host.files)) return false;
-  const std::string written = FreeNameBeside(path, host.files);
-  if (written.empty()) return false;
-  if (WriteWhole(setup, written, host) && host.files.Replace(written, path)) return true;
-  host.files.Delete(written);
-  return false;
+  return ReplaceWhole(host.files, path, [&setup](File& open) {
+    CTffFile file(open, 0);
+    return setup.Write(file);
+  });
 }
 
 }  // namespace
