@@ -95,6 +95,7 @@ void LoadDataObject(CRecordingFile& recording, const json& call, json& answer) {
 
 void AveragedSection(CRecordingFile& recording, const json& call, json& answer) {
   const auto count = call.value("count", 1);
+  answer["count"] = count;
   OutputBuffer out(std::int64_t{count} * recording.rawHeader.header.channelCount *
                    static_cast<std::int64_t>(sizeof(float)));
   const bool done = recording.ReadAveragedSection(count, out.Floats(), call.at("section").get<int>());
