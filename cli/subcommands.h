@@ -14,9 +14,11 @@ MakeSubcommand MakeInfo;
 MakeSubcommand MakePairs;
 MakeSubcommand MakeRegister;
 MakeSubcommand MakeSamples;
+MakeSubcommand MakeUpgrade;
 
 inline constexpr MakeSubcommand* kSubcommands[] = {
-    MakeInfo, MakeSamples, MakeEvents, MakeEpochs, MakeEpoch, MakeAverage, MakePairs, MakeCall, MakeRegister,
+    MakeInfo,    MakeSamples, MakeEvents, MakeEpochs,   MakeEpoch,
+    MakeAverage, MakePairs,   MakeCall,   MakeRegister, MakeUpgrade,
 };
 
 }  // namespace wavelock::command

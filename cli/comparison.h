@@ -1,0 +1,17 @@
+// Two recordings beside each other: whether they hold the same data, and what of the one is not in the other.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "wavelock/recording/recording_file.h"
+
+namespace wavelock::command {
+
+// Every stored integer, every event, every epoch's head, every value of a data set or a pair.
+bool HoldSameData(CRecordingFile& before, CRecordingFile& after);
+
+// In words, one for each: fields that have another value afterwards, and what has no place in the new file.
+std::vector<std::string> Losses(CRecordingFile& before, CRecordingFile& after);
+
+}  // namespace wavelock::command

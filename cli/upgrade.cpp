@@ -1,0 +1,228 @@
+// wavelock upgrade: recordings of any generation in the current form, compared with what they were before
+// they are let into their place.
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "cli/comparison.h"
+#include "cli/complaint.h"
+#include "cli/input_recording.h"
+#include "cli/options.h"
+#include "cli/output.h"
+#include "cli/progress.h"
+#include "cli/subcommands.h"
+#include "cli/terminal.h"
+
+namespace wavelock::command {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kExamples[] =
+    "Examples:\n"
+    "  wavelock upgrade *.rec -o upgraded\n"
+    "  wavelock upgrade --in-place night.rec\n"
+    "\n"
+    "Both files are read back and compared before the new one gets its name. What the current form has no\n"
+    "place for is told, and the exit code is then 3.\n";
+
+struct Options {
+  std::vector<std::string> paths{};
+  std::string folder{};
+  bool inPlace = false;
+  bool force = false;
+  bool json = false;
+};
+
+struct Result {
+  std::string path;
+  std::string output{};
+  ExitCode code = kFailed;
+  std::vector<std::string> losses{};
+};
+
+// Tells how much of a file was written.
+class ProgressFile : public File {
+ public:
+  ProgressFile(std::unique_ptr<File> file, Progress& progress)
+      : file_(std::move(file)), progress_(progress) {}
+
+  std::string Name() const override { return file_->Name(); }
+  std::string Path() const override { return file_->Path(); }
+  std::optional<std::size_t> Read(std::span<std::byte> buffer) override { return file_->Read(buffer); }
+  bool Write(std::span<const std::byte> bytes) override {
+    progress_.Advance(bytes.size());
+    return file_->Write(bytes);
+  }
+  std::optional<std::uint64_t> Seek(std::int64_t offset, SeekOrigin origin) override {
+    return file_->Seek(offset, origin);
+  }
+  std::optional<std::uint64_t> Size() override { return file_->Size(); }
+  bool Flush() override { return file_->Flush(); }
+  std::optional<FileStatus> Status() override { return file_->Status(); }
+
+ private:
+  std::unique_ptr<File> file_;
+  Progress& progress_;
+};
+
+// Files that exist are opened for reading alone; new ones can be made.
+class UpgradeFiles : public ReadOnlyFiles {
+ public:
+  UpgradeFiles(FileService& files, Progress& progress)
+      : ReadOnlyFiles(files), files_(files), progress_(progress) {}
+
+  std::unique_ptr<File> Open(const std::string& path, OpenMode mode, std::string* errorText) override {
+    if (mode != OpenMode::kCreate) return ReadOnlyFiles::Open(path, mode, errorText);
+    std::unique_ptr<File> made = files_.Open(path, mode, errorText);
+    return made ? std::make_unique<ProgressFile>(std::move(made), progress_) : nullptr;
+  }
+  bool Delete(const std::string& path) override { return files_.Delete(path); }
+  bool Replace(const std::string& from, const std::string& to) override { return files_.Replace(from, to); }
+
+ private:
+  FileService& files_;
+  Progress& progress_;
+};
+
+// A file under a name of its own until it is found to be good; removed when it is not.
+class Staged {
+ public:
+  explicit Staged(const std::string& target) : path_(target + ".unverified"), target_(target) {}
+  ~Staged() {
+    std::error_code error;
+    if (!isPlaced_) fs::remove(path_, error);
+  }
+  Staged(const Staged&) = delete;
+  Staged& operator=(const Staged&) = delete;
+
+  const std::string& Path() const { return path_; }
+  bool IsFree() const { return !fs::exists(path_); }
+  bool Place() { return isPlaced_ = Host::Default().files.Replace(path_, target_); }
+
+ private:
+  const std::string path_;
+  const std::string target_;
+  bool isPlaced_ = false;
+};
+
+std::uint64_t SizeOf(const std::string& path) {
+  std::error_code error;
+  const auto size = fs::file_size(path, error);
+  return error ? 0 : size;
+}
+
+// Empty, with the reason said, when nothing may be written there.
+std::string TargetOf(const std::string& path, const Options& options) {
+  if (options.inPlace) return path;
+  const fs::path target = fs::path(options.folder) / fs::path(path).filename();
+  std::error_code error;
+  if (fs::equivalent(target, path, error)) {
+    Complain(path, "The output would overwrite the recording that it comes from. That is for --in-place.");
+    return {};
+  }
+  if (fs::exists(target, error) && !options.force) {
+    Complain(target.string(), "The file exists. With --force it is overwritten.");
+    return {};
+  }
+  return target.string();
+}
+
+bool Fail(const std::string& path, std::string_view why) {
+  Complain(path, why);
+  return false;
+}
+
+// The copy gets its name when it holds what the recording holds.
+bool WriteUpgraded(CRecordingFile& recording, Result& result) {
+  Staged staged(result.output);
+  if (!staged.IsFree()) return Fail(staged.Path(), "The file stands in the way of an upgrade.");
+  if (!recording.SaveCopy(staged.Path())) {
+    return Fail(result.path,
+                "It cannot be upgraded: not all of it can be read, or the copy cannot be written.");
+  }
+  {
+    ReadOnlyFiles files(Host::Default().files);
+    Host host{files, Host::Default().profile, Host::Default().modal, Host::Default().process};
+    constexpr int kSilent = 1;
+    CRecordingFile copy(kSilent, host);
+    if (!copy.OpenFile(staged.Path()) || !HoldSameData(recording, copy)) {
+      return Fail(result.path, "The upgraded file does not hold the same data and was removed.");
+    }
+    result.losses = Losses(recording, copy);
+  }
+  return staged.Place() || Fail(result.output, "The file cannot be put into its place.");
+}
+
+Result Upgrade(const std::string& path, const Options& options, const Output& output) {
+  Result result{.path = path};
+  result.output = TargetOf(path, options);
+  if (result.output.empty()) return result;
+  Progress progress(path, SizeOf(path), output);
+  UpgradeFiles files(Host::Default().files, progress);
+  NamedModalInterface modal(Host::Default().modal, path);
+  Host host{files, Host::Default().profile, modal, Host::Default().process};
+  CRecordingFile recording(0, host);
+  if (!recording.OpenFile(path) || !WriteUpgraded(recording, result)) return result;
+  result.code = result.losses.empty() ? kDone : kDoneWithLoss;
+  return result;
+}
+
+std::string_view StatusOf(ExitCode code) {
+  return code == kDone ? "done" : code == kDoneWithLoss ? "done with loss" : "failed";
+}
+
+std::string AsJson(const Result& result) {
+  const nlohmann::json line = {{"path", result.path},
+                               {"output", result.output},
+                               {"status", StatusOf(result.code)},
+                               {"losses", result.losses}};
+  return line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+}
+
+std::string AsText(const Result& result) {
+  std::string text = fmt::format("{}: {}\n", Printable(result.path), StatusOf(result.code));
+  for (const std::string& loss : result.losses) text += "  " + Printable(loss) + "\n";
+  return text;
+}
+
+ExitCode Run(const Options& options) {
+  if (options.inPlace != options.folder.empty()) {
+    Complain("An upgrade goes either into a folder (-o) or in the recordings' own place (--in-place).");
+    return kUsage;
+  }
+  const auto output = Output::Open({}, {});
+  if (!output) return kFailed;
+  std::error_code error;
+  if (!options.inPlace) fs::create_directories(options.folder, error);
+  ExitCode code = kDone;
+  for (const std::string& path : options.paths) {
+    const Result result = Upgrade(path, options, *output);
+    code = Worse(code, result.code);
+    if (!output->Write(options.json ? AsJson(result) : AsText(result))) break;
+  }
+  return output->Finish() ? code : kFailed;
+}
+
+}  // namespace
+
+Subcommand MakeUpgrade(CLI::App& program) {
+  CLI::App* const parser =
+      program.add_subcommand("upgrade", "Bring recordings of any generation to the current form");
+  const auto options = std::make_shared<Options>();
+  AddFile(*parser, options->paths, "The recordings");
+  parser->add_option("-o,--output", options->folder, "Write the upgraded recordings into this folder")
+      ->type_name("DIR");
+  parser->add_flag("--in-place", options->inPlace, "Replace the recordings by the upgraded ones");
+  parser->add_flag("--force", options->force, "Overwrite files that exist in the folder");
+  parser->add_flag("--json", options->json, "One JSON object a recording");
+  parser->footer(kExamples);
+  return {parser, [options] { return Run(*options); }};
+}
+
+}  // namespace wavelock::command
