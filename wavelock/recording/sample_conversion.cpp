@@ -133,33 +133,76 @@ std::span<const SetupChannel> ChannelsOf(const CSetup& setup, const EpochShape& 
   return channels.first(std::min(channels.size(), shape.channels));
 }
 
-struct Limited {
-  double value;
-  bool wasBeyond;
-};
+// Microvolts to counts: two divisions, half away from zero, held within +- the largest Raw. What is no
+// number, which a factor of zero makes as well, becomes 0.
+template <class Raw>
+class ToCounts {
+ public:
+  explicit ToCounts(std::span<const SetupChannel> channels)
+      : countScales_(channels, [](const SetupChannel& channel) { return channel.countScale; }),
+        channelScales_(channels, [](const SetupChannel& channel) { return channel.channelScale; }),
+        reciprocals_(channels, [](const SetupChannel& channel) { return 1.0 / ExactFactor(channel); }) {}
 
-// Half away from zero, then held within +-`limit`. NaN, which a factor of zero makes as well, counts as
-// beyond.
-Limited RoundAndLimit(double value, double limit) {
-  if (value != value) return {0.0, true};
-  const double rounded = std::trunc(value < 0 ? value - 0.5 : value + 0.5);
-  if (rounded > limit) return {limit, true};
-  if (rounded < -limit) return {-limit, true};
-  return {rounded, false};
-}
+  std::size_t length() const { return countScales_.length(); }
+
+  // A run that begins with the first channel. True when some value was beyond the range.
+  bool Convert(const float* in, Raw* raw, std::size_t count) const {
+    return !ConvertFast(in, raw, count) && ConvertExactly(in, raw, count);
+  }
+
+ private:
+  static constexpr double kLimit = std::numeric_limits<Raw>::max();
+
+  static double Held(double value) {
+    const double below = value > kLimit ? kLimit : value;
+    const double inside = below < -kLimit ? -kLimit : below;
+    return inside == inside ? inside : 0.0;
+  }
+
+  // A product with the reciprocal is off by some 1e-15 of itself, which changes a count only next to the
+  // border between two. False when a value is that close, or beyond the range: then nothing of this counts.
+  bool ConvertFast(const float* __restrict in, Raw* __restrict raw, std::size_t count) const {
+    constexpr double kClose = kLimit * 1e-14;
+    const double* const reciprocals = reciprocals_.data();
+    std::size_t sure = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+      const double value = static_cast<double>(in[i]) * reciprocals[i];
+      const double held = Held(value + std::copysign(0.5, value));
+      const auto whole = static_cast<std::int32_t>(held);
+      const double distance =
+          std::fabs(std::fabs(held - static_cast<double>(whole)) - 0.5);  // from the middle
+      raw[i] = static_cast<Raw>(whole);
+      sure += distance < 0.5 - kClose ? 1 : 0;
+    }
+    return sure == count;
+  }
+
+  bool ConvertExactly(const float* __restrict in, Raw* __restrict raw, std::size_t count) const {
+    std::size_t inside = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+      const double value = static_cast<double>(in[i]) / countScales_.data()[i] / channelScales_.data()[i];
+      const double rounded = value + std::copysign(0.5, value);
+      raw[i] = static_cast<Raw>(Held(rounded));
+      inside += std::fabs(rounded) < kLimit + 1 ? 1 : 0;
+    }
+    return inside != count;
+  }
+
+  FactorRow<double> countScales_;
+  FactorRow<double> channelScales_;
+  FactorRow<double> reciprocals_;
+};
 
 // True when some value was limited.
 template <class Raw>
 bool FloatToRaw(Raw* raw, const float* in, std::uint32_t sampleCount, const CSetup& setup) {
-  constexpr double kLimit = std::numeric_limits<Raw>::max();
+  const std::span<const SetupChannel> channels = setup.Channels();
+  if (channels.empty()) return false;
+  const ToCounts<Raw> toCounts(channels);
+  const std::size_t values = channels.size() * sampleCount;
   bool anyBeyond = false;
-  for (std::uint32_t sample = 0; sample < sampleCount; ++sample) {
-    for (const SetupChannel& channel : setup.Channels()) {
-      const Limited count =
-          RoundAndLimit(static_cast<double>(*in++) / channel.countScale / channel.channelScale, kLimit);
-      anyBeyond |= count.wasBeyond;
-      *raw++ = static_cast<Raw>(count.value);
-    }
+  for (std::size_t i = 0; i < values; i += toCounts.length()) {
+    anyBeyond |= toCounts.Convert(in + i, raw + i, std::min(toCounts.length(), values - i));
   }
   return anyBeyond;
 }
