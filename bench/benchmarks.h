@@ -9,5 +9,6 @@ namespace wavelock::bench {
 
 std::vector<Ratio> RegisterContinuous();
 std::vector<Ratio> RegisterEvents();
+std::vector<Ratio> RegisterSaving();
 
 }  // namespace wavelock::bench

@@ -17,7 +17,7 @@ int main(int argc, char** argv) {
     bench::SetSampleBytes(std::strtoull(argv[i] + kSize.size(), nullptr, 10) << 20);
   }
   std::vector<bench::Ratio> ratios;
-  for (const auto& group : {bench::RegisterContinuous(), bench::RegisterEvents()}) {
+  for (const auto& group : {bench::RegisterContinuous(), bench::RegisterEvents(), bench::RegisterSaving()}) {
     ratios.insert(ratios.end(), group.begin(), group.end());
   }
   bench::RatioReporter reporter;
