@@ -28,6 +28,7 @@ void CreateAndAppend(State& state) {
     CRecordingFile recording(1);
     CSetup& setup = *recording.GetSetup();
     setup.channelCount = kChannels;
+    for (std::int32_t c = 0; c < kChannels; ++c) setup.ResetChannel(c);
     setup.dataKind = kContinuous;
     if (!recording.CreateFile(PathOf("created.rec"), 2)) std::abort();
     for (std::uint64_t start = 0; start < SampleCount(); start += kRate) {

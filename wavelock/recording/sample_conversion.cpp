@@ -152,6 +152,7 @@ class ToCounts {
 
  private:
   static constexpr double kLimit = std::numeric_limits<Raw>::max();
+  static constexpr std::size_t kPiece = 512;
 
   static double Held(double value) {
     const double below = value > kLimit ? kLimit : value;
@@ -161,20 +162,35 @@ class ToCounts {
 
   // A product with the reciprocal is off by some 1e-15 of itself, which changes a count only next to the
   // border between two. False when a value is that close, or beyond the range: then nothing of this counts.
-  bool ConvertFast(const float* __restrict in, Raw* __restrict raw, std::size_t count) const {
-    constexpr double kClose = kLimit * 1e-14;
-    const double* const reciprocals = reciprocals_.data();
-    std::size_t sure = 0;
+  // Three loops, since compilers vectorise them one by one and not as a whole.
+  bool ConvertFast(const float* in, Raw* raw, std::size_t count) const {
+    double held[kPiece];
+    std::int32_t whole[kPiece];
+    std::int32_t unsure = 0;
+    for (std::size_t first = 0; first < count && unsure == 0; first += kPiece) {
+      const std::size_t piece = std::min(kPiece, count - first);
+      HoldProducts(in + first, reciprocals_.data() + first, held, piece);
+      for (std::size_t i = 0; i < piece; ++i) whole[i] = static_cast<std::int32_t>(held[i]);
+      for (std::size_t i = 0; i < piece; ++i) unsure |= IsNearBorder(held[i], whole[i]);
+      for (std::size_t i = 0; i < piece; ++i) raw[first + i] = static_cast<Raw>(whole[i]);
+    }
+    return unsure == 0;
+  }
+
+  static void HoldProducts(const float* __restrict in, const double* __restrict reciprocals,
+                           double* __restrict held, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
       const double value = static_cast<double>(in[i]) * reciprocals[i];
-      const double held = Held(value + std::copysign(0.5, value));
-      const auto whole = static_cast<std::int32_t>(held);
-      const double distance =
-          std::fabs(std::fabs(held - static_cast<double>(whole)) - 0.5);  // from the middle
-      raw[i] = static_cast<Raw>(whole);
-      sure += distance < 0.5 - kClose ? 1 : 0;
+      held[i] = Held(value + std::copysign(0.5, value));
     }
-    return sure == count;
+  }
+
+  // 1 or 0, without a branch: how far the value is from the middle between two whole numbers, in units of
+  // what is allowed.
+  static std::int32_t IsNearBorder(double held, std::int32_t whole) {
+    constexpr double kAllowed = 0.5 - kLimit * 1e-14;
+    const double fromMiddle = std::fabs(std::fabs(held - static_cast<double>(whole)) - 0.5);
+    return static_cast<std::int32_t>(fromMiddle * (1.0 / kAllowed));
   }
 
   bool ConvertExactly(const float* __restrict in, Raw* __restrict raw, std::size_t count) const {
