@@ -11,12 +11,15 @@ MakeSubcommand MakeEpoch;
 MakeSubcommand MakeEpochs;
 MakeSubcommand MakeEvents;
 MakeSubcommand MakeInfo;
+MakeSubcommand MakeLabels;
+MakeSubcommand MakeMarkers;
 MakeSubcommand MakePairs;
 MakeSubcommand MakeRegister;
 MakeSubcommand MakeSamples;
 
 inline constexpr MakeSubcommand* kSubcommands[] = {
-    MakeInfo, MakeSamples, MakeEvents, MakeEpochs, MakeEpoch, MakeAverage, MakePairs, MakeCall, MakeRegister,
+    MakeInfo,  MakeSamples, MakeEvents, MakeMarkers, MakeLabels,   MakeEpochs,
+    MakeEpoch, MakeAverage, MakePairs,  MakeCall,    MakeRegister,
 };
 
 }  // namespace wavelock::command
