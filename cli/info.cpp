@@ -51,6 +51,8 @@ struct Facts {
   std::uint64_t points = 0;  // per channel and epoch
   std::uint64_t epochs = 1;
   std::optional<int> events{};  // of a continuous recording whose events could be read
+  std::size_t correctionRows = 0;
+  std::size_t correctionSegments = 0;
   std::string generation{};
   int sampleBits = 0;
   std::uint64_t fileBytes = 0;
@@ -90,6 +92,8 @@ Facts Gather(InputRecording& input) {
   if (kind == kContinuous && !input.HasShown(MessageNumber::kEventsNotRead)) {
     facts.events = input->GetEventCount();
   }
+  facts.correctionRows = input->overlay.Rows().size();
+  facts.correctionSegments = input->overlay.Segments().size();
   facts.generation = GenerationOf(*input);
   facts.sampleBits = 8 * input->sampleWidth;
   facts.fileBytes = input->fileSize;
@@ -117,6 +121,16 @@ std::string Size(std::uint64_t bytes) {
   return fmt::format("{:.{}f} {}", size, unit == 0 ? 0 : 1, kUnits[unit]);
 }
 
+// What is laid over the samples on each read.
+std::string Corrections(const Facts& facts) {
+  std::string words;
+  if (facts.correctionRows > 0) words = fmt::format("{} rows", facts.correctionRows);
+  if (facts.correctionSegments > 0) {
+    words += fmt::format("{}{} segments", words.empty() ? "" : ", ", facts.correctionSegments);
+  }
+  return words.empty() ? "-" : words;
+}
+
 std::string TableOf(const std::vector<Facts>& all, bool bold) {
   Table table({{"FILE"},
                {"KIND"},
@@ -126,6 +140,7 @@ std::string TableOf(const std::vector<Facts>& all, bool bold) {
                {"POINTS", Align::kRight},
                {"EPOCHS", Align::kRight},
                {"EVENTS", Align::kRight},
+               {"CORRECTED"},
                {"GENERATION"},
                {"WIDTH", Align::kRight},
                {"SIZE", Align::kRight}});
@@ -133,7 +148,7 @@ std::string TableOf(const std::vector<Facts>& all, bool bold) {
     table.Add({facts.path, facts.kind, std::to_string(facts.channels.size()),
                fmt::format("{} Hz", static_cast<float>(facts.rate)), Duration(facts.seconds),
                std::to_string(facts.points), std::to_string(facts.epochs),
-               facts.events ? std::to_string(*facts.events) : "-", facts.generation,
+               facts.events ? std::to_string(*facts.events) : "-", Corrections(facts), facts.generation,
                fmt::format("{} bit", facts.sampleBits), Size(facts.fileBytes)});
   }
   return table.Text(bold);
@@ -181,6 +196,7 @@ std::string JsonLine(const Facts& facts, bool withSubject) {
   json["points"] = facts.points;
   json["epochs"] = facts.epochs;
   json["events"] = facts.events ? nlohmann::ordered_json(*facts.events) : nlohmann::ordered_json();
+  json["corrections"] = {{"rows", facts.correctionRows}, {"segments", facts.correctionSegments}};
   json["generation"] = facts.generation;
   json["bits"] = facts.sampleBits;
   json["bytes"] = facts.fileBytes;

@@ -40,6 +40,7 @@ class NamedModalInterface : public ModalInterface {
   std::optional<std::string> AskSavePath(const SavePathDialog& dialog) override {
     return modal_.AskSavePath(dialog);
   }
+  std::optional<std::uint32_t> AskColour(std::uint32_t usual) override { return modal_.AskColour(usual); }
   void BeginWaitCursor() override { modal_.BeginWaitCursor(); }
   void EndWaitCursor() override { modal_.EndWaitCursor(); }
 

@@ -26,8 +26,16 @@ enum class StreamEnd {
 // Takes whole samples, all channels of each, and gives false to stop.
 using BlockTaker = std::function<bool(std::span<const std::byte> block, std::uint64_t samples)>;
 
-// Microvolts as floats, or with `raw` stored integers of `sampleWidth` bytes.
-StreamEnd StreamSamples(CRecordingFile& recording, SampleRange range, bool raw, const BlockTaker& take);
+// What a value is: microvolts as floats, or with `raw` stored integers of `sampleWidth` bytes; and which of
+// the recording's corrections are left out of it.
+struct SampleForm {
+  bool raw = false;
+  bool skipPolynomials = false;
+  bool skipRows = false;
+};
+
+StreamEnd StreamSamples(CRecordingFile& recording, SampleRange range, SampleForm form,
+                        const BlockTaker& take);
 
 // Samples per channel; 0 where a damaged header states more than its file can hold.
 std::uint64_t CountSamples(CRecordingFile& recording);

@@ -24,7 +24,7 @@ constexpr char kExamples[] =
     "  wavelock samples night.rec > night.csv\n"
     "  wavelock samples night.rec --channels Fz,Cz,7 --from 5000 --to 10000\n"
     "  wavelock samples night.rec --format npy -o night.npy\n"
-    "  wavelock samples night.rec --raw --format bin | sha256sum\n";
+    "  wavelock samples night.rec --raw --no-rows --no-polynomials --format bin | sha256sum\n";
 
 const Choices<TableFormat> kFormats = {
     {"csv", TableFormat::kCsv}, {"npy", TableFormat::kNpy}, {"bin", TableFormat::kBin}};
@@ -33,7 +33,7 @@ struct Options {
   std::string path{};
   std::uint64_t from = 0;
   std::optional<std::uint64_t> to{};
-  bool raw = false;
+  SampleForm form{};
   std::vector<std::string> channels{};
   TableFormat format = TableFormat::kCsv;
   OutputOptions output{};
@@ -56,11 +56,19 @@ std::optional<SampleRange> RangeOf(InputRecording& input, const Options& options
   return std::nullopt;
 }
 
+const char* WhyUnreadable(const CRecordingFile& recording, SampleForm form) {
+  if (recording.overlay.HasSegments() && !form.skipPolynomials) {
+    return "The samples cannot be read to their end, or their corrections leave some out; "
+           "--no-polynomials takes them without.";
+  }
+  return "The samples cannot be read to their end.";
+}
+
 ExitCode WriteSamples(InputRecording& input, const Options& options, SampleRange range,
                       const std::vector<std::size_t>& chosen) {
   const auto output = Output::Open(options.output, input.Path());
   if (!output) return kFailed;
-  SampleWriter writer(*output, options.format, options.raw ? StoredType(*input) : ValueType::kFloat32,
+  SampleWriter writer(*output, options.format, options.form.raw ? StoredType(*input) : ValueType::kFloat32,
                       input->rawHeader.header.channelCount, chosen);
   Progress progress(input.Path(), range.Count(), *output);
   const auto take = [&](std::span<const std::byte> block, std::uint64_t samples) {
@@ -68,8 +76,8 @@ ExitCode WriteSamples(InputRecording& input, const Options& options, SampleRange
     return writer.WriteBlock(block);
   };
   writer.WriteHead(range.Count(), LabelsOfChosen(*input->GetSetup(), chosen));
-  if (StreamSamples(*input, range, options.raw, take) == StreamEnd::kUnreadable) {
-    Complain(input.Path(), "The samples cannot be read to their end.");
+  if (StreamSamples(*input, range, options.form, take) == StreamEnd::kUnreadable) {
+    Complain(input.Path(), WhyUnreadable(*input, options.form));
     return kFailed;
   }
   return output->Finish() ? kDone : kFailed;
@@ -98,7 +106,10 @@ Subcommand MakeSamples(CLI::App& program) {
   AddFile(*parser, options->path);
   AddCount(*parser, "--from", options->from, "First sample, counted from 0");
   AddCount(*parser, "--to", options->to, "The sample behind the last one");
-  parser->add_flag("--raw", options->raw, "Integers as stored instead of microvolts");
+  parser->add_flag("--raw", options->form.raw, "Integers as stored instead of microvolts");
+  parser->add_flag("--no-rows", options->form.skipRows, "Without the recording's own offsets");
+  parser->add_flag("--no-polynomials", options->form.skipPolynomials,
+                   "Without the recording's own drift curves");
   AddList(*parser, "--channels", options->channels, "Labels, or numbers from 1 on");
   AddChoice(*parser, "--format", options->format, kFormats, "csv if nothing is said");
   options->output.AddTo(*parser);

@@ -11,14 +11,16 @@ MakeSubcommand MakeEpoch;
 MakeSubcommand MakeEpochs;
 MakeSubcommand MakeEvents;
 MakeSubcommand MakeInfo;
+MakeSubcommand MakeLabels;
+MakeSubcommand MakeMarkers;
 MakeSubcommand MakePairs;
 MakeSubcommand MakeRegister;
 MakeSubcommand MakeSamples;
 MakeSubcommand MakeUpgrade;
 
 inline constexpr MakeSubcommand* kSubcommands[] = {
-    MakeInfo,    MakeSamples, MakeEvents, MakeEpochs,   MakeEpoch,
-    MakeAverage, MakePairs,   MakeCall,   MakeRegister, MakeUpgrade,
+    MakeInfo,  MakeSamples, MakeEvents, MakeMarkers, MakeLabels,   MakeEpochs,
+    MakeEpoch, MakeAverage, MakePairs,  MakeCall,    MakeRegister, MakeUpgrade,
 };
 
 }  // namespace wavelock::command

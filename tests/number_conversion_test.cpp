@@ -23,6 +23,16 @@ TEST(NumberConversion, TruncationIsDefinedForEveryDouble) {
   EXPECT_EQ(Truncate<std::uint16_t>(-0.5), 0);
 }
 
+TEST(NumberConversion, WrappingKeepsTheLowBitsOfEveryInteger) {
+  EXPECT_EQ(TruncateAndWrap(-2.9), 0xFFFFFFFEu);
+  EXPECT_EQ(TruncateAndWrap(0x1p40 + 5.5), 5u);
+  EXPECT_EQ(TruncateAndWrap(-0x1p63 - 4096.0), 0xFFFFF000u);
+  EXPECT_EQ(TruncateAndWrap(0x1p63 + 4096.0), 0x1000u);
+  EXPECT_EQ(TruncateAndWrap(1e300), 0u);
+  EXPECT_EQ(TruncateAndWrap(std::numeric_limits<double>::infinity()), 0u);
+  EXPECT_EQ(TruncateAndWrap(std::numeric_limits<double>::quiet_NaN()), 0u);
+}
+
 TEST(Positions, TellWhenTheyLeaveTheFile) {
   constexpr auto kLast = std::numeric_limits<std::uint64_t>::max();
   EXPECT_FALSE(CheckedAdd(kLast, 1));

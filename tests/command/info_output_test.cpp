@@ -30,7 +30,8 @@ TEST(InfoOutput, JsonTellsWhatARecordingIs) {
   folder.Put("a.rec", OneSecond());
   EXPECT_EQ(Json(folder, "a.rec"), nlohmann::json::parse(R"({
     "file": "a.rec", "kind": "continuous", "channels": 2, "labels": ["Fz", "Cz"], "rate": 250.0,
-    "duration": 1.0, "points": 250, "epochs": 1, "events": 2, "generation": "revision 16", "bits": 16,
+    "duration": 1.0, "points": 250, "epochs": 1, "events": 2,
+    "corrections": {"rows": 0, "segments": 0}, "generation": "revision 16", "bits": 16,
     "bytes": 2097 })"));
 }
 
@@ -59,7 +60,7 @@ TEST(InfoOutput, TableHasARowForEachFile) {
   EXPECT_EQ(table.exitCode, 0);
   EXPECT_THAT(table.out, ContainsRegex("^FILE +KIND +CHANNELS +RATE +DURATION"));
   EXPECT_THAT(table.out,
-              ContainsRegex("\na.rec +continuous +2 +250 Hz +0:00:01.000 +250 +1 +2 +revision 16"));
+              ContainsRegex("\na.rec +continuous +2 +250 Hz +0:00:01.000 +250 +1 +2 +- +revision 16"));
   EXPECT_THAT(table.out, HasSubstr("\na much longer name.rec  continuous"));
 }
 

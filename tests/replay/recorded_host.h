@@ -19,6 +19,7 @@ class RecordingUser : public ModalInterface {
   bool AskYesNo(const ModalText& question) override;
   bool RunDialog(ModalDialog& dialog) override;
   std::optional<std::string> AskSavePath(const SavePathDialog&) override { return std::nullopt; }
+  std::optional<std::uint32_t> AskColour(std::uint32_t) override { return std::nullopt; }
   void BeginWaitCursor() override {}
   void EndWaitCursor() override {}
 

@@ -9,6 +9,7 @@ namespace wavelock {
 namespace {
 
 constexpr char kSavePath[] = "question where to save";
+constexpr char kColour[] = "question for a colour";
 
 std::string QuestionLabel(int number) {
   return "question " + std::to_string(number);
@@ -33,9 +34,14 @@ void ScriptedUser::ExpectSavePath(std::optional<std::string> chosen) {
   expected_.push_back({kSavePath, {}, std::move(chosen)});
 }
 
+void ScriptedUser::ExpectColour(std::optional<std::uint32_t> chosen) {
+  expected_.push_back({kColour, {}, {}, chosen});
+}
+
 bool ScriptedUser::AskYesNo(const ModalText& question) {
   questions.push_back(question);
   const auto answer = Take(QuestionLabel(question.number));
+  if (!answer && saysYesToAll) return true;
   if (!answer) ADD_FAILURE() << "unexpected question: " << question.text;
   return answer && answer->answer.accept;
 }
@@ -55,6 +61,12 @@ std::optional<std::string> ScriptedUser::AskSavePath(const SavePathDialog& dialo
   const auto expected = Take(kSavePath);
   if (!expected) ADD_FAILURE() << "nobody expected to be asked where to save";
   return expected ? expected->path : std::nullopt;
+}
+
+std::optional<std::uint32_t> ScriptedUser::AskColour(std::uint32_t) {
+  const auto expected = Take(kColour);
+  if (!expected) ADD_FAILURE() << "nobody expected to be asked for a colour";
+  return expected ? expected->colour : std::nullopt;
 }
 
 void ScriptedUser::BeginWaitCursor() {

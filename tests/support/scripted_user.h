@@ -23,11 +23,14 @@ class ScriptedUser : public ModalInterface {
   void ExpectQuestion(int number, bool yes);
   void ExpectDialog(const std::string& name, DialogAnswer answer);
   void ExpectSavePath(std::optional<std::string> chosen);
+  void ExpectColour(std::optional<std::uint32_t> chosen);
+  bool saysYesToAll = false;  // to questions that nobody expected
 
   void ShowMessage(const ModalText& message) override { messages.push_back(message); }
   bool AskYesNo(const ModalText& question) override;
   bool RunDialog(ModalDialog& dialog) override;
   std::optional<std::string> AskSavePath(const SavePathDialog& dialog) override;
+  std::optional<std::uint32_t> AskColour(std::uint32_t usual) override;
   void BeginWaitCursor() override;
   void EndWaitCursor() override;
 
@@ -45,6 +48,7 @@ class ScriptedUser : public ModalInterface {
     std::string what;
     DialogAnswer answer;
     std::optional<std::string> path{};
+    std::optional<std::uint32_t> colour{};
   };
 
   // What was to come next, if it is this.

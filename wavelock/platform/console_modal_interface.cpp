@@ -65,6 +65,26 @@ int ChoiceFrom(const std::string& answer) {
   return error == std::errc() && stop == end && number > 0 ? number - 1 : -1;
 }
 
+// A colour has red in its low byte; people write red first.
+std::uint32_t RedAndBlueSwapped(std::uint32_t colour) {
+  return (colour & 0x00FF00) | (colour & 0x0000FF) << 16 | (colour & 0xFF0000) >> 16;
+}
+
+std::string ColourText(std::uint32_t colour) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string text;
+  for (int shift = 20; shift >= 0; shift -= 4) text += kDigits[RedAndBlueSwapped(colour) >> shift & 15];
+  return text;
+}
+
+std::optional<std::uint32_t> ColourFrom(std::string_view text) {
+  constexpr std::size_t kDigits = 6;
+  std::uint32_t colour = 0;
+  const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), colour, 16);
+  const bool isWhole = error == std::errc() && stop == text.data() + text.size() && text.size() == kDigits;
+  return isWhole ? std::optional(RedAndBlueSwapped(colour)) : std::nullopt;
+}
+
 // What becomes of a dialog that nobody can answer.
 std::string UnaskedOutcome(const ModalDialog& dialog) {
   if (dialog.choices.empty()) return "No terminal to ask on: taken as read.";
@@ -128,6 +148,19 @@ std::optional<std::string> ConsoleModalInterface::AskSavePath(const SavePathDial
     const auto replaces = AskWhether(path + " exists. Replace it?", false);
     if (!replaces) return std::nullopt;
     if (*replaces) return path;
+  }
+  return std::nullopt;
+}
+
+std::optional<std::uint32_t> ConsoleModalInterface::AskColour(std::uint32_t usual) {
+  const std::lock_guard lock(mutex_);
+  if (!asks_) {
+    Say("Colour: no terminal to ask on: cancelled.");
+    return std::nullopt;
+  }
+  while (const auto answer = ReadAnswer("Colour as RRGGBB, or q to cancel [" + ColourText(usual) + "]: ")) {
+    if (answer->empty()) return usual;
+    if (const auto colour = ColourFrom(*answer)) return colour;
   }
   return std::nullopt;
 }

@@ -21,6 +21,7 @@ class ConsoleModalInterface : public ModalInterface {
   bool AskYesNo(const ModalText& question) override;
   bool RunDialog(ModalDialog& dialog) override;
   std::optional<std::string> AskSavePath(const SavePathDialog& dialog) override;
+  std::optional<std::uint32_t> AskColour(std::uint32_t usual) override;
   void BeginWaitCursor() override {}
   void EndWaitCursor() override {}
 

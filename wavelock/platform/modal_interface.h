@@ -3,6 +3,7 @@
 // and asks.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -58,6 +59,9 @@ class ModalInterface {
 
   // The path that was chosen, or nothing after a cancel.
   virtual std::optional<std::string> AskSavePath(const SavePathDialog& dialog) = 0;
+
+  // The colour that was chosen, or nothing after a cancel. Red is in the low byte, then green, then blue.
+  virtual std::optional<std::uint32_t> AskColour(std::uint32_t usual) = 0;
 
   // In pairs; they may nest.
   virtual void BeginWaitCursor() = 0;

@@ -11,6 +11,7 @@ class SilentModalInterface : public ModalInterface {
   bool AskYesNo(const ModalText&) override { return false; }
   bool RunDialog(ModalDialog&) override { return false; }
   std::optional<std::string> AskSavePath(const SavePathDialog&) override { return std::nullopt; }
+  std::optional<std::uint32_t> AskColour(std::uint32_t) override { return std::nullopt; }
   void BeginWaitCursor() override {}
   void EndWaitCursor() override {}
 };
