@@ -7,12 +7,15 @@ namespace wavelock::command {
 
 MakeSubcommand MakeCall;
 MakeSubcommand MakeEvents;
+MakeSubcommand MakeFormat;
 MakeSubcommand MakeInfo;
 MakeSubcommand MakeRegister;
 MakeSubcommand MakeSamples;
+MakeSubcommand MakeSections;
+MakeSubcommand MakeSetup;
 
 inline constexpr MakeSubcommand* kSubcommands[] = {
-    MakeInfo, MakeSamples, MakeEvents, MakeCall, MakeRegister,
+    MakeInfo, MakeSamples, MakeEvents, MakeSetup, MakeSections, MakeFormat, MakeCall, MakeRegister,
 };
 
 }  // namespace wavelock::command

@@ -12,7 +12,8 @@ using testing::IsEmpty;
 
 TEST(CommandLine, HelpGoesToStandardOutputWithExamples) {
   const CommandFolder folder;
-  for (const std::string subcommand : {"info", "samples", "events", "call", "register"}) {
+  for (const std::string subcommand :
+       {"info", "samples", "events", "setup", "sections", "format", "call", "register"}) {
     EXPECT_THAT(folder.Wavelock("--help").out, HasSubstr("\n  " + subcommand + " "));
     const Outcome help = folder.Wavelock(subcommand + " --help");
     EXPECT_EQ(help.exitCode, 0);

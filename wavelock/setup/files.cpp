@@ -26,21 +26,12 @@ bool MayBeReplaced(const std::string& path, FileService& files) {
   return !path.empty() && !(status && status->readOnly);
 }
 
-bool WriteWhole(CSetup& setup, const std::string& path, Host& host) {
-  CTffFile file(host);
-  if (!file.Open(path, OpenMode::kCreate)) return false;
-  setup.Write(file);
-  return file.IsWrittenWhole() && file.Flush();
-}
-
-// Whoever looks finds the old file or the new one, whole.
-bool WriteInPlaceOf(CSetup& setup, const std::string& path, Host& host) {
-  if (!MayBeReplaced(path, host.files)) return false;
-  const std::string written = FreeNameBeside(path, host.files);
-  if (written.empty()) return false;
-  if (WriteWhole(setup, written, host) && host.files.Replace(written, path)) return true;
-  host.files.Delete(written);
-  return false;
+bool WriteWhole(CSetup& setup, const std::string& path, FileService& files) {
+  const auto file = files.Open(path, OpenMode::kCreate);
+  if (!file) return false;
+  CTffFile container(*file, 0);
+  setup.Write(container);
+  return container.IsWrittenWhole() && file->Flush();
 }
 
 }  // namespace
@@ -51,8 +42,18 @@ bool CSetup::LoadFile() {
 }
 
 void CSetup::SaveFile() {
-  if (!WriteInPlaceOf(*this, setupFileName, *host_))
+  if (!SaveTo(setupFileName, host_->files))
     ShowNoticeById(*host_, MessageNumber::kSetupFileNotWritable, setupFileName);
+}
+
+// Whoever looks finds the old file or the new one, whole.
+bool CSetup::SaveTo(const std::string& path, FileService& files) {
+  if (!MayBeReplaced(path, files)) return false;
+  const std::string written = FreeNameBeside(path, files);
+  if (written.empty()) return false;
+  if (WriteWhole(*this, written, files) && files.Replace(written, path)) return true;
+  files.Delete(written);
+  return false;
 }
 
 bool CSetup::SaveAs(const char* name) {
