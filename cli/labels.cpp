@@ -23,7 +23,7 @@ struct Options {
 
 ExitCode Run(const Options& options) {
   const auto input = InputRecording::Open(options.path);
-  if (!input || !input->RequireContinuous()) return kFailed;
+  if (!input || !input->Require({kContinuous})) return kFailed;
   const auto output = Output::Open(options.output, options.path);
   if (!output) return kFailed;
   RowWriter rows(*output, options.format, {"value", "text"});

@@ -10,17 +10,20 @@ MakeSubcommand MakeCall;
 MakeSubcommand MakeEpoch;
 MakeSubcommand MakeEpochs;
 MakeSubcommand MakeEvents;
+MakeSubcommand MakeFormat;
 MakeSubcommand MakeInfo;
 MakeSubcommand MakeLabels;
 MakeSubcommand MakeMarkers;
 MakeSubcommand MakePairs;
 MakeSubcommand MakeRegister;
 MakeSubcommand MakeSamples;
+MakeSubcommand MakeSections;
+MakeSubcommand MakeSetup;
 MakeSubcommand MakeUpgrade;
 
 inline constexpr MakeSubcommand* kSubcommands[] = {
-    MakeInfo,  MakeSamples, MakeEvents, MakeMarkers, MakeLabels,   MakeEpochs,
-    MakeEpoch, MakeAverage, MakePairs,  MakeCall,    MakeRegister, MakeUpgrade,
+    MakeInfo,  MakeSamples, MakeEvents,   MakeMarkers, MakeLabels, MakeEpochs,   MakeEpoch,   MakeAverage,
+    MakePairs, MakeSetup,   MakeSections, MakeFormat,  MakeCall,   MakeRegister, MakeUpgrade,
 };
 
 }  // namespace wavelock::command

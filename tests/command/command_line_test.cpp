@@ -13,7 +13,8 @@ using testing::IsEmpty;
 TEST(CommandLine, HelpGoesToStandardOutputWithExamples) {
   const CommandFolder folder;
   for (const std::string subcommand :
-       {"info", "samples", "events", "epochs", "epoch", "average", "pairs", "call", "register"}) {
+       {"info", "samples", "events", "markers", "labels", "epochs", "epoch", "average", "pairs", "setup",
+        "sections", "format", "call", "register", "upgrade"}) {
     EXPECT_THAT(folder.Wavelock("--help").out, HasSubstr("\n  " + subcommand + " "));
     const Outcome help = folder.Wavelock(subcommand + " --help");
     EXPECT_EQ(help.exitCode, 0);

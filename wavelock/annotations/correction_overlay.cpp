@@ -6,25 +6,12 @@
 #include <new>
 #include <utility>
 
+#include "wavelock/annotations/stored_records.h"
 #include "wavelock/prompts/notices.h"
 #include "wavelock/setup/section_tags.h"
 
 namespace wavelock {
 namespace {
-
-struct SegmentRecord {
-  Stored<std::uint32_t> firstSample;
-  Stored<std::uint32_t> endSample;
-  Stored<std::uint32_t> id;
-};
-static_assert(sizeof(SegmentRecord) == 12);
-
-struct CoefficientRecord {
-  Stored<double> value;
-  Stored<std::uint32_t> segmentId;
-  StoredBytes<4> reserved12;
-};
-static_assert(sizeof(CoefficientRecord) == 16);
 
 // Beyond this number of polynomials there is no memory for their values.
 constexpr std::int32_t kMostPolynomials = 1 << 20;

@@ -5,18 +5,12 @@
 #include <utility>
 
 #include "wavelock/annotations/exchange_sort.h"
+#include "wavelock/annotations/stored_records.h"
 #include "wavelock/numerics/stored.h"
 #include "wavelock/setup/section_tags.h"
 
 namespace wavelock {
 namespace {
-
-struct LabelRecord {
-  StoredText<256> text;
-  Stored<std::uint32_t> value;
-};
-static_assert(sizeof(LabelRecord) == 260 && alignof(LabelRecord) == 1);
-static_assert(offsetof(LabelRecord, value) == 256);
 
 constexpr std::size_t kLongestText = 255;
 

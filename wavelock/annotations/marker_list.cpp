@@ -8,51 +8,13 @@
 #include <span>
 #include <utility>
 
+#include "wavelock/annotations/stored_records.h"
 #include "wavelock/numerics/conversions.h"
 #include "wavelock/numerics/stored.h"
 #include "wavelock/setup/section_tags.h"
 
 namespace wavelock {
 namespace {
-
-// The form that is written.
-struct MarkerRecord {
-  Stored<std::uint32_t> colour;
-  StoredText<50> name;
-  StoredBytes<2> reserved54;
-  Stored<std::int32_t> attributeB;
-  Stored<std::int32_t> attributeC;
-  Stored<std::int32_t> attributeD;
-  Stored<std::int32_t> sampleIndex;
-  Stored<double> secondValue;
-  Stored<std::int32_t> channel;
-  Stored<std::int32_t> epoch;
-  Stored<std::int32_t> locked;
-  StoredText<50> text;
-  StoredBytes<2> reserved142;
-  Stored<std::int32_t> attributeA;
-  Stored<std::int32_t> labelMode;
-};
-static_assert(sizeof(MarkerRecord) == 152 && alignof(MarkerRecord) == 1);
-static_assert(offsetof(MarkerRecord, attributeB) == 56 && offsetof(MarkerRecord, attributeA) == 144);
-
-// The form before it, with a time in place of a point on the axis.
-struct TimedMarkerRecord {
-  Stored<std::uint32_t> colour;
-  StoredText<36> name;
-  Stored<std::int32_t> attributeD;
-  StoredBytes<4> reserved44;
-  Stored<double> timeMs;
-  Stored<double> secondValue;
-  Stored<std::int32_t> channel;
-  Stored<std::int32_t> epoch;
-  Stored<std::int32_t> locked;
-  StoredText<20> text;
-  Stored<std::int32_t> attributeA;
-  StoredBytes<4> reserved100;
-};
-static_assert(sizeof(TimedMarkerRecord) == 104 && alignof(TimedMarkerRecord) == 1);
-static_assert(offsetof(TimedMarkerRecord, timeMs) == 48 && offsetof(TimedMarkerRecord, attributeA) == 96);
 
 // What both forms have.
 template <class Record>

@@ -12,14 +12,6 @@ namespace {
 constexpr char kExtension[] = "ast";
 constexpr char kFilter[] = "Setup Files (*.ast)|*.ast||";
 
-// Whoever looks finds the old file or the new one, whole.
-bool WriteInPlaceOf(CSetup& setup, const std::string& path, Host& host) {
-  return ReplaceWhole(host.files, path, [&setup](File& open) {
-    CTffFile file(open, 0);
-    return setup.Write(file);
-  });
-}
-
 }  // namespace
 
 bool CSetup::LoadFile() {
@@ -28,8 +20,16 @@ bool CSetup::LoadFile() {
 }
 
 void CSetup::SaveFile() {
-  if (!WriteInPlaceOf(*this, setupFileName, *host_))
+  if (!SaveTo(setupFileName, host_->files))
     ShowNoticeById(*host_, MessageNumber::kSetupFileNotWritable, setupFileName);
+}
+
+// Whoever looks finds the old file or the new one, whole.
+bool CSetup::SaveTo(const std::string& path, FileService& files) {
+  return ReplaceWhole(files, path, [this](File& open) {
+    CTffFile file(open, 0);
+    return Write(file);
+  });
 }
 
 bool CSetup::SaveAs(const char* name) {

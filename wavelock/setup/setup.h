@@ -130,6 +130,9 @@ class CSetup : public SetupFields {
   // Replaces the file in one step; tells the person when it cannot be written, and leaves it as it was.
   void SaveFile();
 
+  // Does the same with any file and the files of any host, and tells nobody. False when it cannot be written.
+  bool SaveTo(const std::string& path, FileService& files);
+
   // Asks the person for a file's name, starting from `name` or, without one, from setupFileName, and saves
   // there from then on. False when the person cancels.
   bool SaveAs(const char* name);

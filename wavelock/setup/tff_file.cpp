@@ -206,10 +206,6 @@ const std::vector<CTffFile::Entry>& CTffFile::Entries() {
   return entries_;
 }
 
-bool CTffFile::Flush() {
-  return file_ != nullptr && file_->Flush();
-}
-
 std::uint64_t CTffFile::SeekTo(std::int64_t offset, SeekOrigin origin) {
   return file_ != nullptr ? file_->Seek(offset, origin).value_or(0) : 0;
 }

@@ -85,9 +85,6 @@ class CTffFile {
   // `version` of the record that was found last.
   std::uint16_t LastVersion() const { return lastRecord.version; }
 
-  // Brings what was written to the medium.
-  bool Flush();
-
   // Positions in the file. 0 when no file is open.
   std::uint64_t SeekTo(std::int64_t offset, SeekOrigin origin);
   std::uint64_t Position();
