@@ -155,7 +155,7 @@ TEST(Averages, WrittenSectionsReadBack) {
 
 TEST(Averages, OfStatisticsAsManyBytesAreWrittenAsAreAskedFor) {
   Writing writing;
-  const std::vector<float> values(6, 1);
+  const std::vector<float> values(3 * 21, 1);
   const auto before = writing.test.memory.Contents("/a.rec")->size();
   EXPECT_EQ(writing.recording.WriteAverageSection(values.data(), 7, 3), 24);
   EXPECT_EQ(writing.test.memory.Contents("/a.rec")->size(), before + 7);
