@@ -1,7 +1,6 @@
 #include "wavelock/annotations/event_table.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstring>
 #include <new>
@@ -33,8 +32,7 @@ bool AreEqual(const EventRecord& a, const EventRecord& b) {
   return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-// A record told by its hash. Sorted by it, equal records come to lie side by side, and no pass over them
-// jumps through memory as a table of hashes would.
+// A record told by its hash.
 struct Fingerprint {
   std::uint32_t hash;
   std::uint32_t index;
@@ -49,43 +47,75 @@ std::vector<Fingerprint> Fingerprints(std::span<const EventRecord> records) {
   return prints;
 }
 
-// By radix, eleven bits at a time. Stable, so that equal hashes stay in the order of their records.
-void SortByHash(std::vector<Fingerprint>& prints) {
-  constexpr unsigned kDigitBits = 11;
-  constexpr std::uint32_t kDigits = 1u << kDigitBits;
-  std::vector<Fingerprint> sorted(prints.size());
-  for (unsigned shift = 0; shift < 32; shift += kDigitBits) {
-    const auto digit = [shift](const Fingerprint& print) { return (print.hash >> shift) % kDigits; };
-    std::array<std::uint32_t, kDigits> places{};
-    for (const Fingerprint& print : prints) ++places[digit(print)];
-    std::exclusive_scan(places.begin(), places.end(), places.begin(), 0u);
-    for (const Fingerprint& print : prints) sorted[places[digit(print)]++] = print;
-    prints.swap(sorted);
+// The fingerprints by the first bits of their hash, each group in the order of the records. A group is small
+// enough that what is done with it stays in the cache, so ten times the records take ten times as long.
+class Groups {
+ public:
+  explicit Groups(std::span<const Fingerprint> prints) : grouped_(prints.size()) {
+    constexpr std::size_t kWantedSize = 4096;
+    constexpr unsigned kMostBits = 12;
+    while (bits_ < kMostBits && prints.size() >> bits_ > kWantedSize) ++bits_;
+    ends_.resize(std::size_t{1} << bits_);
+    for (const Fingerprint& print : prints) ++ends_[GroupOf(print)];
+    std::exclusive_scan(ends_.begin(), ends_.end(), ends_.begin(), 0u);
+    for (const Fingerprint& print : prints) grouped_[ends_[GroupOf(print)]++] = print;
   }
-}
 
-// Marks every record of one hash that equals an earlier one.
-void MarkRepeated(std::span<const Fingerprint> sameHash, std::span<const EventRecord> records,
-                  std::vector<bool>& isRepeated) {
-  for (std::size_t i = 1; i < sameHash.size(); ++i) {
-    for (std::size_t j = 0; j < i; ++j) {
-      if (isRepeated[sameHash[j].index] || !AreEqual(records[sameHash[i].index], records[sameHash[j].index]))
-        continue;
-      isRepeated[sameHash[i].index] = true;
-      break;
+  std::size_t Count() const { return ends_.size(); }
+
+  std::span<const Fingerprint> operator[](std::size_t group) const {
+    const std::size_t start = group == 0 ? 0 : ends_[group - 1];
+    return std::span(grouped_).subspan(start, ends_[group] - start);
+  }
+
+ private:
+  std::size_t GroupOf(const Fingerprint& print) const { return std::uint64_t{print.hash} >> (32 - bits_); }
+
+  unsigned bits_ = 0;
+  std::vector<std::uint32_t> ends_;
+  std::vector<Fingerprint> grouped_;
+};
+
+// The fingerprints of one group that were met, by the last bits of their hash.
+class Met {
+ public:
+  explicit Met(std::span<const EventRecord> records) : records_(records) {}
+
+  void Start(std::size_t size) {
+    std::size_t slots = 16;
+    while (slots < 2 * size) slots *= 2;
+    slots_.assign(slots, kFree);
+  }
+
+  // True when an equal record was met before.
+  bool Meet(const Fingerprint& print) {
+    const std::size_t mask = slots_.size() - 1;
+    for (std::size_t slot = print.hash & mask;; slot = (slot + 1) & mask) {
+      Fingerprint& met = slots_[slot];
+      if (met.index == kFree.index) {
+        met = print;
+        return false;
+      }
+      if (met.hash == print.hash && AreEqual(records_[met.index], records_[print.index])) return true;
     }
   }
-}
+
+ private:
+  static constexpr Fingerprint kFree{0, 0xFFFFFFFF};
+
+  std::span<const EventRecord> records_;
+  std::vector<Fingerprint> slots_;
+};
 
 std::vector<bool> FindRepeated(std::span<const EventRecord> records) {
   std::vector<bool> isRepeated(records.size());
-  std::vector<Fingerprint> prints = Fingerprints(records);
-  SortByHash(prints);
-  for (auto first = prints.begin(); first != prints.end();) {
-    const auto last =
-        std::find_if(first, prints.end(), [&](const Fingerprint& p) { return p.hash != first->hash; });
-    MarkRepeated({first, last}, records, isRepeated);
-    first = last;
+  const Groups groups(Fingerprints(records));
+  Met met(records);
+  for (std::size_t g = 0; g < groups.Count(); ++g) {
+    met.Start(groups[g].size());
+    for (const Fingerprint& print : groups[g]) {
+      if (met.Meet(print)) isRepeated[print.index] = true;
+    }
   }
   return isRepeated;
 }
