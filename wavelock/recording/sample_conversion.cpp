@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <span>
@@ -133,6 +134,24 @@ std::span<const SetupChannel> ChannelsOf(const CSetup& setup, const EpochShape& 
   return channels.first(std::min(channels.size(), shape.channels));
 }
 
+// The precision in which a count is guessed: its 24 or 53 bits tell nearly every count from its neighbours.
+template <class Raw>
+struct Guess;
+template <>
+struct Guess<std::int16_t> {
+  using Work = float;
+  using Bits = std::uint32_t;
+  static constexpr Work kToWhole = 0x1.8p23F;  // a sum with it ends in the bits of the nearest whole number
+  static constexpr Work kError = 0x1p-22F;  // of a product with a rounded reciprocal, in parts of the product
+};
+template <>
+struct Guess<std::int32_t> {
+  using Work = double;
+  using Bits = std::uint64_t;
+  static constexpr Work kToWhole = 0x1.8p52;
+  static constexpr Work kError = 0x1p-50;
+};
+
 // Microvolts to counts: two divisions, half away from zero, held within +- the largest Raw. What is no
 // number, which a factor of zero makes as well, becomes 0.
 template <class Raw>
@@ -141,62 +160,59 @@ class ToCounts {
   explicit ToCounts(std::span<const SetupChannel> channels)
       : countScales_(channels, [](const SetupChannel& channel) { return channel.countScale; }),
         channelScales_(channels, [](const SetupChannel& channel) { return channel.channelScale; }),
-        reciprocals_(channels, [](const SetupChannel& channel) { return 1.0 / ExactFactor(channel); }) {}
+        reciprocals_(channels, ReciprocalOf) {}
 
   std::size_t length() const { return countScales_.length(); }
 
   // A run that begins with the first channel. True when some value was beyond the range.
   bool Convert(const float* in, Raw* raw, std::size_t count) const {
-    return !ConvertFast(in, raw, count) && ConvertExactly(in, raw, count);
+    bool anyBeyond = false;
+    for (std::size_t first = 0; first < count; first += kPiece) {
+      const std::size_t piece = std::min(kPiece, count - first);
+      if (!MultiplyPiece(in + first, reciprocals_.data() + first, raw + first, piece)) {
+        anyBeyond |= DividePiece(in + first, first, raw + first, piece);
+      }
+    }
+    return anyBeyond;
   }
 
  private:
+  using Work = typename Guess<Raw>::Work;
   static constexpr double kLimit = std::numeric_limits<Raw>::max();
-  static constexpr std::size_t kPiece = 512;
+  static constexpr std::size_t kPiece = 64;  // few enough that one doubtful value costs little
 
-  static double Held(double value) {
-    const double below = value > kLimit ? kLimit : value;
-    const double inside = below < -kLimit ? -kLimit : below;
-    return inside == inside ? inside : 0.0;
+  // No number where it has lost digits: its products are always in doubt.
+  static Work ReciprocalOf(const SetupChannel& channel) {
+    const auto reciprocal = static_cast<Work>(1.0 / ExactFactor(channel));
+    return std::isnormal(reciprocal) ? reciprocal : std::numeric_limits<Work>::quiet_NaN();
   }
 
-  // A product with the reciprocal is off by some 1e-15 of itself, which changes a count only next to the
-  // border between two. False when a value is that close, or beyond the range: then nothing of this counts.
-  // Three loops, since compilers vectorise them one by one and not as a whole.
-  bool ConvertFast(const float* in, Raw* raw, std::size_t count) const {
-    double held[kPiece];
-    std::int32_t whole[kPiece];
-    std::int32_t unsure = 0;
-    for (std::size_t first = 0; first < count && unsure == 0; first += kPiece) {
-      const std::size_t piece = std::min(kPiece, count - first);
-      HoldProducts(in + first, reciprocals_.data() + first, held, piece);
-      for (std::size_t i = 0; i < piece; ++i) whole[i] = static_cast<std::int32_t>(held[i]);
-      for (std::size_t i = 0; i < piece; ++i) unsure |= IsNearBorder(held[i], whole[i]);
-      for (std::size_t i = 0; i < piece; ++i) raw[first + i] = static_cast<Raw>(whole[i]);
-    }
-    return unsure == 0;
-  }
-
-  static void HoldProducts(const float* __restrict in, const double* __restrict reciprocals,
-                           double* __restrict held, std::size_t count) {
+  // Multiplies by the reciprocals. False when a product is so near the border between two counts, or so
+  // large, that the divisions may give another one: then nothing of the piece counts.
+  static bool MultiplyPiece(const float* __restrict in, const Work* __restrict reciprocals,
+                            Raw* __restrict raw, std::size_t count) {
+    constexpr Work kMost = std::numeric_limits<Raw>::max() - 1;
+    std::int32_t doubtful = 0;
     for (std::size_t i = 0; i < count; ++i) {
-      const double value = static_cast<double>(in[i]) * reciprocals[i];
-      held[i] = Held(value + std::copysign(0.5, value));
+      const Work product = static_cast<Work>(in[i]) * reciprocals[i];
+      const Work sum = product + Guess<Raw>::kToWhole;
+      const Work toBorder =
+          std::fabs(product - (sum - Guess<Raw>::kToWhole)) + std::fabs(product) * Guess<Raw>::kError;
+      doubtful |= (toBorder < Work{0.5} ? 0 : 1) | (std::fabs(product) < kMost ? 0 : 1);
+      typename Guess<Raw>::Bits bits;
+      std::memcpy(&bits, &sum, sizeof bits);
+      raw[i] = static_cast<Raw>(bits);
     }
+    return doubtful == 0;
   }
 
-  // 1 or 0, without a branch: how far the value is from the middle between two whole numbers, in units of
-  // what is allowed.
-  static std::int32_t IsNearBorder(double held, std::int32_t whole) {
-    constexpr double kAllowed = 0.5 - kLimit * 1e-14;
-    const double fromMiddle = std::fabs(std::fabs(held - static_cast<double>(whole)) - 0.5);
-    return static_cast<std::int32_t>(fromMiddle * (1.0 / kAllowed));
-  }
-
-  bool ConvertExactly(const float* __restrict in, Raw* __restrict raw, std::size_t count) const {
+  bool DividePiece(const float* __restrict in, std::size_t first, Raw* __restrict raw,
+                   std::size_t count) const {
+    const double* const countScales = countScales_.data() + first;
+    const double* const channelScales = channelScales_.data() + first;
     std::size_t inside = 0;
     for (std::size_t i = 0; i < count; ++i) {
-      const double value = static_cast<double>(in[i]) / countScales_.data()[i] / channelScales_.data()[i];
+      const double value = static_cast<double>(in[i]) / countScales[i] / channelScales[i];
       const double rounded = value + std::copysign(0.5, value);
       raw[i] = static_cast<Raw>(Held(rounded));
       inside += std::fabs(rounded) < kLimit + 1 ? 1 : 0;
@@ -204,9 +220,15 @@ class ToCounts {
     return inside != count;
   }
 
+  static double Held(double value) {
+    const double below = value > kLimit ? kLimit : value;
+    const double inside = below < -kLimit ? -kLimit : below;
+    return inside == inside ? inside : 0.0;
+  }
+
   FactorRow<double> countScales_;
   FactorRow<double> channelScales_;
-  FactorRow<double> reciprocals_;
+  FactorRow<Work> reciprocals_;
 };
 
 // True when some value was limited.
