@@ -142,13 +142,7 @@ bool CRecordingFile::ReadRecords(std::uint64_t start, std::uint64_t count, std::
     const auto records = static_cast<std::size_t>(std::min<std::uint64_t>(count, recordsAtOnce));
     const std::span<std::byte> chunk = readBuffer_.Take(records * recordBytes);
     if (chunk.empty() || !file->ReadExactly(chunk)) return false;
-    if (width == 2) {
-      CopyFromRecords(reinterpret_cast<const std::uint16_t*>(chunk.data()), records, words, skip, channels,
-                      reinterpret_cast<std::uint16_t*>(out));
-    } else {
-      CopyFromRecords(reinterpret_cast<const std::uint32_t*>(chunk.data()), records, words, skip, channels,
-                      reinterpret_cast<std::uint32_t*>(out));
-    }
+    CopyFromRecords(chunk.data(), records, recordBytes, skip * width, channels * width, out);
     out += records * channels * width;
     count -= records;
   }

@@ -6,16 +6,6 @@
 namespace wavelock {
 namespace {
 
-template <class Word>
-void CopyRecords(const Word* in, std::size_t records, std::size_t stride, std::size_t skip, std::size_t kept,
-                 Word* out) {
-  for (std::size_t i = 0; i < records; ++i) {
-    std::memcpy(out, in + skip, kept * sizeof(Word));
-    in += stride;
-    out += kept;
-  }
-}
-
 // A square of 8 by 8 words, turned by shuffling its two halves together like cards, three times: after each
 // the bits of a word's place have moved on by one, so that after three row and column have changed. Compilers
 // make each shuffle a few vector instructions.
@@ -50,14 +40,13 @@ void TransposeEdge(const std::uint16_t* in, std::size_t channels, std::size_t ro
 
 }  // namespace
 
-void CopyFromRecords(const std::uint16_t* in, std::size_t records, std::size_t stride, std::size_t skip,
-                     std::size_t kept, std::uint16_t* out) {
-  CopyRecords(in, records, stride, skip, kept, out);
-}
-
-void CopyFromRecords(const std::uint32_t* in, std::size_t records, std::size_t stride, std::size_t skip,
-                     std::size_t kept, std::uint32_t* out) {
-  CopyRecords(in, records, stride, skip, kept, out);
+void CopyFromRecords(const std::byte* in, std::size_t records, std::size_t stride, std::size_t skip,
+                     std::size_t kept, std::byte* out) {
+  for (std::size_t i = 0; i < records; ++i) {
+    std::memcpy(out, in + skip, kept);
+    in += stride;
+    out += kept;
+  }
 }
 
 // In bands of as many samples as one cache line of each row holds, so that every line is fetched once and the

@@ -1,4 +1,4 @@
-// From the orders in which files store samples to sample-major order. All counts are in words of one sample.
+// From the orders in which files store samples to sample-major order.
 #pragma once
 
 #include <cstddef>
@@ -6,14 +6,12 @@
 
 namespace wavelock {
 
-// Takes `kept` words from each of `records` records of `stride` words, beginning with the word `skip`.
-void CopyFromRecords(const std::uint16_t* in, std::size_t records, std::size_t stride, std::size_t skip,
-                     std::size_t kept, std::uint16_t* out);
-void CopyFromRecords(const std::uint32_t* in, std::size_t records, std::size_t stride, std::size_t skip,
-                     std::size_t kept, std::uint32_t* out);
+// Takes `kept` bytes from each of `records` records of `stride` bytes, beginning with the byte `skip`.
+void CopyFromRecords(const std::byte* in, std::size_t records, std::size_t stride, std::size_t skip,
+                     std::size_t kept, std::byte* out);
 
-// Transposes: `in` has `channels` rows, each `rowLength` words behind the one before it; `out` gets the first
-// `samples` words of all rows as `samples` rows of `channels` words.
+// Transposes words of one sample: `in` has `channels` rows, each `rowLength` words behind the one before it;
+// `out` gets the first `samples` words of all rows as `samples` rows of `channels` words.
 void TransposeChannels(const std::uint16_t* in, std::size_t channels, std::size_t rowLength,
                        std::size_t samples, std::uint16_t* out);
 

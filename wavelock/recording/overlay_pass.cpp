@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 #include <new>
 #include <type_traits>
@@ -227,7 +229,7 @@ class OverlayWalk : public OverlayPass {
         polynomialTerms_(channels) {}
 
   bool Apply(std::span<std::byte> bytes) override {
-    auto* samples = reinterpret_cast<Sample*>(bytes.data());
+    std::byte* at = bytes.data();
     const std::size_t sampleBytes = channels_ * sizeof(Sample);
     const std::size_t most = std::max<std::size_t>(1, kBytesAtOnce / sampleBytes);
     for (std::size_t left = bytes.size() / sampleBytes; left > 0;) {
@@ -235,11 +237,11 @@ class OverlayWalk : public OverlayPass {
       try {
         if (hasPolynomials_ && !EnterSegment(run)) return false;
         if (hasRows_) EnterRow(run);
+        CorrectAnywhere({at, static_cast<std::size_t>(run) * sampleBytes});
       } catch (const std::bad_alloc&) {
         return false;
       }
-      Correct(samples, static_cast<std::size_t>(run));
-      samples += run * channels_;
+      at += run * sampleBytes;
       left -= static_cast<std::size_t>(run);
       position_ += static_cast<std::uint32_t>(run);
     }
@@ -268,6 +270,17 @@ class OverlayWalk : public OverlayPass {
     run = std::min(run, found.end - shifted);
   }
 
+  // A caller's block of wide samples may lie at an address that is no Sample's.
+  void CorrectAnywhere(std::span<std::byte> bytes) {
+    const std::size_t count = bytes.size() / sizeof(Sample) / channels_;
+    if (reinterpret_cast<std::uintptr_t>(bytes.data()) % alignof(Sample) == 0)
+      return Correct(reinterpret_cast<Sample*>(bytes.data()), count);
+    aligned_.resize(count * channels_);
+    std::memcpy(aligned_.data(), bytes.data(), bytes.size());
+    Correct(aligned_.data(), count);
+    std::memcpy(bytes.data(), aligned_.data(), bytes.size());
+  }
+
   void Correct(Sample* samples, std::size_t count) {
     if (row_ != 0) rowTerms_.AddTo(samples, count * channels_);
     if (!hasPolynomials_ || polynomialTerms_.AreZero()) return;
@@ -286,6 +299,7 @@ class OverlayWalk : public OverlayPass {
   const OverlaySegment* segment_ = nullptr;  // whose terms are at hand
   RowTerms<Sample> rowTerms_;
   PolynomialTerms polynomialTerms_;
+  std::vector<Sample> aligned_;
 };
 
 }  // namespace

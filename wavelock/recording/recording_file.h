@@ -116,7 +116,8 @@ class CRecordingFile {
   // ---- continuous samples
 
   // Samples `start` up to, not including, `end`, sample-major: all channels of the first, then of the next.
-  // `outBytes` is exactly what they need: 4 bytes a value for microvolts, `sampleWidth` for stored integers.
+  // `outBytes` is exactly what they need: 4 bytes a value for microvolts, `sampleWidth` for stored integers,
+  // which may lie at any even address.
   // Corrections are laid over them, except for the kind that a flag that is not 0 skips.
   // False, with `out` undefined, for any other size, an empty or impossible range, another kind of file, a
   // file that ends before the samples do, or a sample between the segments of its corrections.
