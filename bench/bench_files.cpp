@@ -1,6 +1,7 @@
 #include "bench/bench_files.h"
 
 #include <edflib.h>
+#include <hdf5.h>
 #include <sndfile.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@
 #include <vector>
 
 #include "tests/support/recording_builder.h"
+#include "wavelock/recording/recording_file.h"
 
 namespace wavelock::bench {
 namespace {
@@ -107,6 +109,33 @@ bool WriteEdf(const std::string& path) {
   return edfclose_file(file) == 0;
 }
 
+bool WriteHdf(const std::string& path) {
+  const hid_t file = H5Fcreate(path.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, H5P_DEFAULT);
+  const hsize_t shape[] = {SampleCount(), kChannels};
+  const hid_t space = H5Screate_simple(2, shape, nullptr);
+  const hid_t dataset =
+      H5Dcreate2(file, "samples", H5T_STD_I16LE, space, H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT);
+  const hsize_t block[] = {kRate, kChannels};
+  const hid_t inMemory = H5Screate_simple(2, block, nullptr);
+  bool isWritten = dataset >= 0;
+  for (std::uint64_t second = 0; second < SampleCount() / kRate && isWritten; ++second) {
+    const hsize_t start[] = {second * kRate, 0};
+    H5Sselect_hyperslab(space, H5S_SELECT_SET, start, nullptr, block, nullptr);
+    isWritten =
+        H5Dwrite(dataset, H5T_NATIVE_SHORT, inMemory, space, H5P_DEFAULT, SecondOf(second).data()) >= 0;
+  }
+  H5Sclose(inMemory);
+  H5Dclose(dataset);
+  H5Sclose(space);
+  return H5Fclose(file) >= 0 && isWritten;
+}
+
+RecordingBuilder::Epoch EpochOf(const std::vector<short>& samples) {
+  RecordingBuilder::Epoch epoch;
+  epoch.samples.assign(samples.begin(), samples.end());
+  return epoch;
+}
+
 }  // namespace
 
 void SetSampleBytes(std::uint64_t bytes) {
@@ -135,6 +164,50 @@ std::string WavPath() {
 }
 std::string EdfPath() {
   return Made("samples.edf", WriteEdf);
+}
+
+std::string HdfPath() {
+  return Made("samples.h5", WriteHdf);
+}
+
+// One epoch after the other goes into the file, so that they are never all in memory.
+std::string EpochsPath() {
+  return Made("epochs.rec", [](const std::string& path) {
+    std::ofstream file(path, std::ios::binary);
+    const auto count = static_cast<std::size_t>(SampleCount() / kRate);
+    const auto base = [] { return Base().Epoched().Revision(13).Points(kRate); };
+    const std::vector<std::byte> none = base().Build();
+    std::vector<std::byte> block = base().Epochs(std::vector<RecordingBuilder::Epoch>(count)).Build();
+    file.write(reinterpret_cast<const char*>(block.data()), static_cast<std::streamsize>(none.size()));
+    for (std::uint64_t second = 0; second < count; ++second) {
+      block = base().Epochs({EpochOf(SecondOf(second))}).Build();
+      file.write(reinterpret_cast<const char*>(block.data() + none.size()),
+                 static_cast<std::streamsize>(block.size() - none.size()));
+    }
+    return file.good();
+  });
+}
+
+std::string ManyEpochsPath(int count) {
+  return Made("epochs-" + std::to_string(count) + ".rec", [=](const std::string& path) {
+    return RecordingBuilder()
+        .Epoched()
+        .Revision(13)
+        .Channels(1)
+        .Rate(kRate)
+        .Points(2)
+        .Epochs(std::vector<RecordingBuilder::Epoch>(static_cast<std::size_t>(count), EpochOf({1, 2})))
+        .WriteTo(path);
+  });
+}
+
+std::string MadeByLibrary(const std::string& name, const std::function<void(CRecordingFile&)>& describe,
+                          const std::function<bool(CRecordingFile&)>& append) {
+  return Made(name, [&](const std::string& path) {
+    CRecordingFile recording(1);
+    describe(recording);
+    return recording.CreateFile(path, 2) && append(recording) && recording.SaveAndClose(0);
+  });
 }
 
 std::string EventsPath(int kind, int count) {

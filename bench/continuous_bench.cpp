@@ -1,9 +1,12 @@
 // Continuous samples: 64 channels, read whole and in blocks of one second.
 #include <edflib.h>
 #include <fcntl.h>
+#include <hdf5.h>
 #include <sndfile.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -151,19 +154,52 @@ void EdfBlocks(benchmark::State& state) {
   edfclose_file(header.handle);
 }
 
+// Its own conversion to floats, which knows no factors.
+void HdfBlocks(benchmark::State& state) {
+  Warm(HdfPath());
+  const hid_t file = H5Fopen(HdfPath().c_str(), H5F_ACC_RDONLY, H5P_DEFAULT);
+  const hid_t dataset = H5Dopen2(file, "samples", H5P_DEFAULT);
+  const hid_t space = H5Dget_space(dataset);
+  const hsize_t block[] = {kRate, kChannels};
+  const hid_t inMemory = H5Screate_simple(2, block, nullptr);
+  std::vector<float> out(kBlockValues);
+  for (auto _ : state) {
+    for (std::uint64_t first = 0; first < SampleCount(); first += kRate) {
+      const hsize_t start[] = {first, 0};
+      H5Sselect_hyperslab(space, H5S_SELECT_SET, start, nullptr, block, nullptr);
+      if (H5Dread(dataset, H5T_NATIVE_FLOAT, inMemory, space, H5P_DEFAULT, out.data()) < 0) std::abort();
+    }
+    benchmark::DoNotOptimize(out.data());
+  }
+  H5Sclose(inMemory);
+  H5Sclose(space);
+  H5Dclose(dataset);
+  H5Fclose(file);
+}
+
+// Measured by the other program itself, without its start.
+void NumpyBlocks(benchmark::State& state) {
+  const std::string path = RecordingPath(1, 2);
+  Warm(path);
+  CRecordingFile recording(1);
+  if (!recording.OpenFile(path)) std::abort();
+  const std::string command = std::string(WAVELOCK_NUMPY_PEER) + " " + path + " " +
+                              std::to_string(recording.dataStart) + " " + std::to_string(SampleCount()) +
+                              " " + std::to_string(kChannels) + " " + std::to_string(kRate);
+  for (auto _ : state) {
+    std::FILE* const output = ::popen(command.c_str(), "r");
+    double seconds[3] = {};
+    if (output == nullptr || std::fscanf(output, "%lf %lf %lf", &seconds[0], &seconds[1], &seconds[2]) != 3)
+      std::abort();
+    ::pclose(output);
+    std::sort(std::begin(seconds), std::end(seconds));
+    state.SetIterationTime(seconds[1]);
+  }
+}
+
 // ---- what is run
 
-using benchmark::RegisterBenchmark;
 using benchmark::State;
-
-void Add(const std::string& name, void (*run)(State&)) {
-  RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond)->Repetitions(3);
-}
-
-template <class Function>
-void Add(const std::string& name, Function run) {
-  RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond)->Repetitions(3);
-}
 
 void AddLayout(int layout, int width) {
   const std::string name = "layout" + std::to_string(layout) + "/" + std::to_string(8 * width);
@@ -224,6 +260,11 @@ std::vector<Ratio> RegisterContinuous() {
     Whole<float>(s, f.FloatReader());
   });
   Add("edflib/blocks", EdfBlocks);
+  Add("hdf5/blocks", HdfBlocks);
+  benchmark::RegisterBenchmark("numpy/blocks", NumpyBlocks)
+      ->UseManualTime()
+      ->Unit(benchmark::kMillisecond)
+      ->Iterations(1);
   return {
       {"float blocks, beside pread and the conversion alone",
        "layout1/16/float/blocks",
@@ -235,6 +276,8 @@ std::vector<Ratio> RegisterContinuous() {
        0.85},
       {"float blocks, beside libsndfile", "layout1/16/float/blocks", {"libsndfile/blocks"}, 1.5},
       {"float blocks, beside EDFlib", "layout1/16/float/blocks", {"edflib/blocks"}, 10},
+      {"float blocks, beside HDF5", "layout1/16/float/blocks", {"hdf5/blocks"}, 1},
+      {"float blocks, beside a NumPy memmap", "layout1/16/float/blocks", {"numpy/blocks"}, 1},
       {"float whole, beside libsndfile's best", "layout1/16/float/whole", {"libsndfile/whole"}, 1},
       {"raw blocks of layout 1, beside pread", "layout1/16/raw/blocks", {"pread/16/blocks"}, 0.9},
       {"raw whole of layout 1, beside pread", "layout1/16/raw/whole", {"pread/16/whole"}, 0.9},

@@ -17,34 +17,24 @@ void Open(benchmark::State& state, const std::string& path, int expected) {
   }
 }
 
-void Add(const std::string& name, std::string (*path)(), int expected) {
-  benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) { Open(state, path(), expected); })
-      ->Unit(benchmark::kMillisecond)
-      ->Repetitions(3);
-}
-
-// What half a second is, to be compared with.
-void HalfASecond(benchmark::State& state) {
-  for (auto _ : state) state.SetIterationTime(0.5);
+void AddOpen(const std::string& name, std::string (*path)(), int expected) {
+  Add(name, [=](benchmark::State& state) { Open(state, path(), expected); });
 }
 
 }  // namespace
 
 std::vector<Ratio> RegisterEvents() {
-  Add(
+  AddOpen(
       "open/events1/1000000", [] { return EventsPath(1, kMany); }, kMany);
-  Add(
+  AddOpen(
       "open/events2/1000000", [] { return EventsPath(2, kMany); }, kMany);
-  Add(
+  AddOpen(
       "open/events3/1000000", [] { return EventsPath(3, kMany); }, kMany);
-  Add(
+  AddOpen(
       "open/events3/100000", [] { return EventsPath(3, kMany / 10); }, kMany / 10);
-  Add(
+  AddOpen(
       "open/triggers", [] { return RecordingPath(0, 2); }, 0);
-  benchmark::RegisterBenchmark("half a second", HalfASecond)
-      ->UseManualTime()
-      ->Unit(benchmark::kMillisecond)
-      ->Iterations(1);
+  AddFixed("half a second", [] { return 0.5; });
   const std::string tenfold = "open/events3/100000";
   return {
       {"open with 1,000,000 events of kind 1, beside 0.5 s", "open/events1/1000000", {"half a second"}, 1},

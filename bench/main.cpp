@@ -17,7 +17,9 @@ int main(int argc, char** argv) {
     bench::SetSampleBytes(std::strtoull(argv[i] + kSize.size(), nullptr, 10) << 20);
   }
   std::vector<bench::Ratio> ratios;
-  for (const auto& group : {bench::RegisterContinuous(), bench::RegisterEvents(), bench::RegisterSaving()}) {
+  for (const auto& group : {bench::RegisterContinuous(), bench::RegisterCorrections(),
+                            bench::RegisterEvents(), bench::RegisterEpochs(), bench::RegisterSetups(),
+                            bench::RegisterAverages(), bench::RegisterControl(), bench::RegisterSaving()}) {
     ratios.insert(ratios.end(), group.begin(), group.end());
   }
   bench::RatioReporter reporter;

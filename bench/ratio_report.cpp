@@ -1,5 +1,7 @@
 #include "bench/ratio_report.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 
@@ -12,6 +14,8 @@ double Median(std::vector<double> values) {
 }
 
 }  // namespace
+
+RatioReporter::RatioReporter() : ConsoleReporter(::isatty(STDOUT_FILENO) != 0 ? OO_Color : OO_None) {}
 
 void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
   for (const Run& run : runs) {

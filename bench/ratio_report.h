@@ -20,6 +20,7 @@ struct Ratio {
 // The console's own report, and behind it a table of ratios from the medians of all repetitions.
 class RatioReporter : public benchmark::ConsoleReporter {
  public:
+  RatioReporter();
   void ReportRuns(const std::vector<Run>& runs) override;
   void PrintRatios(const std::vector<Ratio>& ratios) const;
 

@@ -72,10 +72,6 @@ void CopyFile(State& state) {
   std::filesystem::remove(PathOf("copied"));
 }
 
-void Add(const char* name, void (*run)(State&)) {
-  benchmark::RegisterBenchmark(name, run)->Unit(benchmark::kMillisecond)->Repetitions(3)->UseRealTime();
-}
-
 }  // namespace
 
 std::vector<Ratio> RegisterSaving() {
