@@ -36,9 +36,9 @@ Bytes BytesOfText(std::string_view text) {
 
 using Sections = std::vector<RecordingBuilder::Section>;
 
-// The records of a container as the builder takes them, without those that would make every input large.
+// The records of a container as the builder takes them, without those that can be missed and would make every input large.
 Sections SectionsOf(const Bytes& container) {
-  constexpr std::uint32_t kMostBytes = 4096;
+  constexpr std::uint32_t kMostBytes = 16384;
   FuzzHost fuzz;
   fuzz.memory.Put(kContainer, container);
   CTffFile file(fuzz.host);
