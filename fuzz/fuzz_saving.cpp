@@ -15,6 +15,7 @@ constexpr char kCopy[] = "copy.rec";
 
 void Edit(CRecordingFile& recording, std::uint8_t choice) {
   if (choice % 2 != 0) recording.eventGroup.Append(EventRecord{});
+  recording.eventGroup.RemoveDuplicates();  // as every open does
   if (choice % 4 > 1) recording.labelList.Add({"fuzz", choice});
   if (choice % 8 > 3) recording.setup->setupTitle = "fuzz";
 }
