@@ -102,6 +102,9 @@ TEST(RecordingTail, OfANewerProgramIsOpenedWhenThePersonWantsIt) {
     newer.test.user.ExpectQuestion(1761, wants);
     EXPECT_EQ(newer.Open(), wants);
   }
+  StoredContainer cut = TailWithRevision(1000);
+  cut.records.back().payload.resize(3);
+  EXPECT_TRUE(OpenWith(WithTail(cut)).Open());
   EXPECT_TRUE(OpenWith(WithTail(TailWithRevision(1))).Open());
   EXPECT_TRUE(OpenWith(WithTail(TailWithRevision(2)), 1).Open());
 }

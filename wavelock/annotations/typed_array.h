@@ -73,7 +73,8 @@ class TypedArray {
 
   std::int32_t GrownCapacity() const {
     const std::int32_t step = growStep_ != 0 ? growStep_ : std::clamp(size_ / 8, 4, 1024);
-    return capacity_ + step;
+    return static_cast<std::int32_t>(
+        std::min<std::int64_t>(std::int64_t{capacity_} + step, std::numeric_limits<std::int32_t>::max()));
   }
 
   bool Reallocate(std::int32_t capacity) {

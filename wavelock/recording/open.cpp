@@ -142,11 +142,11 @@ bool CRecordingFile::ReadTail(int fileClass) {
   return AcceptsTailRevision(tail);
 }
 
-// A tail of a newer program is read when the person wants it.
+// A tail of a newer program is read when the person wants it. A record that is cut short tells nothing.
 bool CRecordingFile::AcceptsTailRevision(CTffFile& tail) {
   Stored<std::int32_t> revision;
   std::uint64_t length = sizeof revision;
-  if (tail.ReadSection(tag::kTailRevision, length, &revision) == 0) return true;
+  if (tail.ReadSection(tag::kTailRevision, length, &revision) < sizeof revision) return true;
   if (revision < kFirstUnknownTail || silent != 0) return true;
   return host.modal.AskYesNo(NumberedMessage(MessageNumber::kNewerTailQuestion));
 }
