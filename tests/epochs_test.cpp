@@ -247,7 +247,7 @@ TEST(Epochs, AppendedEpochReadsBack) {
 
   ASSERT_TRUE(recording.OpenFile("a.rec"));
   EXPECT_THAT(RawEpoch(recording, 1), ElementsAre(1, 2, -3, 32767));
-  EXPECT_THAT(RawEpoch(recording, 2), ElementsAre(1, 2, 0, 0)) << "half a point is no point";
+  EXPECT_THAT(RawEpoch(recording, 2), ElementsAre(1, 2, -3, 0)) << "what did not come is zero";
   const EpochInfo info = Facts(recording, 1).value();
   EXPECT_EQ(info.trialType, 77);
   EXPECT_EQ(info.accept, 0);

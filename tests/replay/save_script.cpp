@@ -34,7 +34,9 @@ std::vector<std::byte> FromHexadecimal(const std::string& text) {
 template <class T>
 std::vector<T> Numbers(const json& step, const char* name) {
   const std::vector<std::byte> bytes = FromHexadecimal(step.at(name).get<std::string>());
-  std::vector<T> values(bytes.size() / sizeof(T));
+  std::vector<T> values;
+  values.reserve(bytes.size() / sizeof(T) + 1);  // a block without values is a block too, and no null
+  values.resize(bytes.size() / sizeof(T));
   if (!values.empty()) std::memcpy(values.data(), bytes.data(), values.size() * sizeof(T));
   return values;
 }

@@ -149,6 +149,10 @@ std::optional<std::int32_t> SizeToWrite(const CSetup& setup, int section) {
   return static_cast<std::int32_t>(*size);
 }
 
+bool HasValues(const CSetup& setup, int section) {
+  return setup.channelCount > 0 && ShapeToWrite(setup, section).values != 0;
+}
+
 bool HasAllChannels(const CSetup& setup) {
   return setup.Channels().size() == static_cast<std::size_t>(std::max(setup.channelCount, 0));
 }
@@ -228,7 +232,7 @@ bool CRecordingFile::ReadSectionRows(int section, const SectionShape& shape, con
 
 std::int32_t CRecordingFile::WriteAverageSection(const float* data, std::uint32_t bytes, int section) {
   if (section != kAverageSection && section != kFirstFsp && section != kSecondFsp) return 0;
-  if (!setup || data == nullptr || !file) return 0;
+  if (!setup || !file || (data == nullptr && HasValues(*setup, section))) return 0;
   const std::optional<std::int32_t> size = SizeToWrite(*setup, section);
   if (!size || (section == kAverageSection && !HasAllChannels(*setup))) return 0;
   const auto limit = section == kAverageSection ? static_cast<std::uint32_t>(*size)
@@ -240,7 +244,7 @@ std::int32_t CRecordingFile::WriteAverageSection(const float* data, std::uint32_
 
 std::int32_t CRecordingFile::WriteVarianceSection(const float* data, std::uint32_t /*bytes*/) {
   constexpr std::int32_t kNoMemory = -1;
-  if (!setup || data == nullptr || !file) return 0;
+  if (!setup || !file || (data == nullptr && HasValues(*setup, kVarianceSection))) return 0;
   const std::optional<std::int32_t> size = SizeToWrite(*setup, kVarianceSection);
   if (!size || !WriteSectionRows(data, kVarianceSection, static_cast<std::uint32_t>(*size))) return kNoMemory;
   wroteVariance = 1;
@@ -258,7 +262,9 @@ bool CRecordingFile::WriteSectionRows(const float* data, int section, std::uint3
     const std::span<std::byte> bytes = readBuffer_.Take(rows * shape.RowBytes());
     const std::span<float> values = TakeFloats(rawBuffer_, rows * shape.values);
     if (bytes.size() < rows * shape.RowBytes() || values.size() < rows * shape.values) return false;
-    Transpose(data + first, shape.values, rows, channels, values.data(), shape.values);
+    if (shape.values != 0) {
+      Transpose(data + first, shape.values, rows, channels, values.data(), shape.values);
+    }
     std::fill(bytes.begin(), bytes.end(), std::byte{0});
     for (std::size_t r = 0; r < rows; ++r) {
       const std::span<float> row = values.subspan(r * shape.values, shape.values);

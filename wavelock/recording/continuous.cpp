@@ -292,39 +292,31 @@ std::uint64_t CRecordingFile::EndOfPiece(std::uint64_t start) const {
 }
 
 bool CRecordingFile::AppendContinuousFloat(const float* in, std::uint32_t inBytes) {
-  if (in == nullptr || !file || setup->channelCount < 1) return false;
+  if (in == nullptr || setup->channelCount < 1) return false;
   const std::span<const float> values(in, inBytes / sizeof(float));
-  return AppendCounts(values, values.size() / static_cast<std::uint64_t>(setup->channelCount));
+  return AppendCounts(values, values.size() - values.size() % static_cast<std::size_t>(setup->channelCount));
 }
 
-// Writes the first `samples` samples of `values` as counts, and zeros for the values behind them.
-bool CRecordingFile::AppendCounts(std::span<const float> values, std::uint64_t samples) {
-  const auto channels = static_cast<std::uint64_t>(setup->channelCount);
-  const auto width = static_cast<std::uint64_t>(sampleWidth);
-  const std::uint64_t samplesAtOnce = std::max<std::uint64_t>(1, kChunkBytes / (channels * width));
-  const float* in = values.data();
-  std::uint64_t rest = values.size() - samples * channels;
-  while (samples > 0) {
-    const auto piece = static_cast<std::uint32_t>(std::min(samples, samplesAtOnce));
-    const std::span<std::byte> raw = rawBuffer_.Take(static_cast<std::size_t>(piece * channels * width));
+// Writes the first `counted` values as counts, and zeros for those behind them. All are converted whether or
+// not there is anything to write to, since a value beyond the range is told in any case.
+bool CRecordingFile::AppendCounts(std::span<const float> values, std::size_t counted) {
+  const auto channels = static_cast<std::size_t>(setup->channelCount);
+  const auto width = static_cast<std::size_t>(sampleWidth);
+  const std::size_t samplesAtOnce = std::max<std::size_t>(1, kChunkBytes / (channels * width));
+  bool isWritten = file != nullptr;
+  for (std::size_t first = 0; first < values.size();) {
+    const std::size_t piece = std::min(samplesAtOnce * channels, values.size() - first);
+    const std::span<std::byte> raw = rawBuffer_.Take(piece * width);
     if (raw.empty()) return false;
-    if (width == 2) {
-      FloatToRaw16(reinterpret_cast<std::int16_t*>(raw.data()), in, piece, *setup);
-    } else {
-      FloatToRaw32(reinterpret_cast<std::int32_t*>(raw.data()), in, piece, *setup);
-    }
-    if (!file->Write(raw)) return false;
-    in += piece * channels;
-    samples -= piece;
+    const std::size_t toConvert = std::min(piece, counted - std::min(counted, first));
+    const bool wasLimited = FloatsToRaw(values.subspan(first, toConvert), raw, sampleWidth, *setup);
+    if (wasLimited) pendingConversionNotice = 1;
+    const std::span<std::byte> rest = raw.subspan(toConvert * width);
+    std::fill(rest.begin(), rest.end(), std::byte{0});
+    isWritten = isWritten && file->Write(raw);
+    first += piece;
   }
-  while (rest > 0) {
-    const std::uint64_t piece = std::min<std::uint64_t>(rest, kChunkBytes / width);
-    const std::span<std::byte> zeros = rawBuffer_.Take(static_cast<std::size_t>(piece * width));
-    std::fill(zeros.begin(), zeros.end(), std::byte{0});
-    if (zeros.empty() || !file->Write(zeros)) return false;
-    rest -= piece;
-  }
-  return true;
+  return isWritten;
 }
 
 }  // namespace wavelock

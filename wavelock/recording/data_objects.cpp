@@ -36,15 +36,16 @@ bool CRecordingFile::LoadSet(std::uint32_t index) {
   }
 }
 
-// Whether sets of that many floats can come from this file. The setup in a tail may tell of more than the
-// file has, and what is missing is zero; but no file makes the library take all the memory there is.
+// Whether a set of that many values, stored in two bytes or more each, can come from this file. The setup in
+// a tail may tell of more than the file has, and what is missing is zero; but no file makes the library take
+// all the memory there is.
 bool CRecordingFile::IsPlausibleSet(std::int64_t rows, std::int64_t columns) const {
   constexpr std::uint64_t kMostMissingBytes = 16 * 1024 * 1024;
   if (rows < 0 || columns < 0) return false;
   const auto values = CheckedMultiply(static_cast<std::uint64_t>(std::max<std::int64_t>(rows, 1)),
                                       static_cast<std::uint64_t>(std::max<std::int64_t>(columns, 1)));
   const auto limit = CheckedAdd(fileSize, kMostMissingBytes);
-  return values && limit && *values <= *limit / sizeof(float);
+  return values && limit && *values <= *limit / sizeof(std::int16_t);
 }
 
 // False, and no object, for impossible sizes and when memory ran out.

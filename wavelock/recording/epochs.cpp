@@ -187,11 +187,11 @@ bool CRecordingFile::AppendEpochHead(std::uint16_t trialType, std::uint8_t accep
 }
 
 bool CRecordingFile::AppendEpochFloat(const float* in, std::uint32_t inBytes) {
-  if (in == nullptr || !file || setup->channelCount < 1) return false;
-  const std::uint64_t values = inBytes / sizeof(float);
-  const auto points = static_cast<std::uint64_t>(std::max(setup->pointCount, 0));
-  const std::uint64_t came = values / static_cast<std::uint64_t>(setup->channelCount);
-  return AppendCounts({in, static_cast<std::size_t>(values)}, std::min(came, points));
+  const std::size_t came = inBytes / sizeof(float);
+  if ((in == nullptr && came != 0) || setup->channelCount < 1) return false;
+  const std::uint64_t wanted = static_cast<std::uint64_t>(std::max(setup->pointCount, 0)) *
+                               static_cast<std::uint64_t>(setup->channelCount);
+  return AppendCounts({in, came}, static_cast<std::size_t>(std::min<std::uint64_t>(came, wanted)));
 }
 
 }  // namespace wavelock

@@ -144,7 +144,8 @@ void TakeShortBlock(const OldestShortBlock& block, RecordingHeader& header) {
 }
 
 void TakeNoteBlock(const OldestNoteBlock& block, RecordingHeader& header) {
-  header.dashTextA.Assign(block.text.View());
+  CopyText(block.text.View(), reinterpret_cast<std::byte*>(header.dashTextA.Bytes().data()),
+           sizeof header.dashTextA);
   header.reserved357 = block.reserved357;
   header.summaryB = 0;
 }

@@ -176,7 +176,7 @@ class CRecordingFile {
   void ClearEpochHeaders();
 
   // An epoch is written where the file stands, its head first. The data are microvolts, `pointCount` points x
-  // channels of the setup; values above that number, or of a point that is not whole, are stored as zeros.
+  // channels of the setup; values above that number are stored as zeros.
   virtual bool AppendEpochHead(std::uint16_t trialType, std::uint8_t accept, std::uint16_t correct,
                                float reactionTime, std::uint16_t response);
   virtual bool AppendEpochFloat(const float* in, std::uint32_t inBytes);
@@ -327,7 +327,7 @@ class CRecordingFile {
   bool ReadPartOfBlock(const BlockShape& shape, std::uint64_t position, std::uint64_t from, std::uint64_t to,
                        std::uint16_t* out);
   std::uint64_t EndOfPiece(std::uint64_t start) const;
-  bool AppendCounts(std::span<const float> values, std::uint64_t samples);
+  bool AppendCounts(std::span<const float> values, std::size_t counted);
 
   std::uint64_t SamplesOfFile();
   void TakeTimeOfSaving(std::int64_t stamp);

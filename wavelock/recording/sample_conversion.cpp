@@ -231,16 +231,14 @@ class ToCounts {
   FactorRow<Work> reciprocals_;
 };
 
-// True when some value was limited.
 template <class Raw>
-bool FloatToRaw(Raw* raw, const float* in, std::uint32_t sampleCount, const CSetup& setup) {
+bool FloatToRaw(std::span<const float> in, Raw* raw, const CSetup& setup) {
   const std::span<const SetupChannel> channels = setup.Channels();
   if (channels.empty()) return false;
   const ToCounts<Raw> toCounts(channels);
-  const std::size_t values = channels.size() * sampleCount;
   bool anyBeyond = false;
-  for (std::size_t i = 0; i < values; i += toCounts.length()) {
-    anyBeyond |= toCounts.Convert(in + i, raw + i, std::min(toCounts.length(), values - i));
+  for (std::size_t i = 0; i < in.size(); i += toCounts.length()) {
+    anyBeyond |= toCounts.Convert(in.data() + i, raw + i, std::min(toCounts.length(), in.size() - i));
   }
   return anyBeyond;
 }
@@ -269,14 +267,19 @@ void EpochToFloat32(const std::int32_t* raw, float* out, const EpochShape& shape
   EpochToFloat<EpochFactors32>(raw, out, shape, ChannelsOf(setup, shape));
 }
 
+bool FloatsToRaw(std::span<const float> in, std::span<std::byte> raw, int width, const CSetup& setup) {
+  if (width == 2) return FloatToRaw(in, reinterpret_cast<std::int16_t*>(raw.data()), setup);
+  return FloatToRaw(in, reinterpret_cast<std::int32_t*>(raw.data()), setup);
+}
+
 void CRecordingFile::FloatToRaw16(std::int16_t* raw, const float* in, std::uint32_t sampleCount,
                                   const CSetup& from) {
-  if (FloatToRaw(raw, in, sampleCount, from)) pendingConversionNotice = 1;
+  if (FloatToRaw({in, sampleCount * from.Channels().size()}, raw, from)) pendingConversionNotice = 1;
 }
 
 void CRecordingFile::FloatToRaw32(std::int32_t* raw, const float* in, std::uint32_t sampleCount,
                                   const CSetup& from) {
-  if (FloatToRaw(raw, in, sampleCount, from)) pendingConversionNotice = 1;
+  if (FloatToRaw({in, sampleCount * from.Channels().size()}, raw, from)) pendingConversionNotice = 1;
 }
 
 }  // namespace wavelock

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 #include "wavelock/setup/setup.h"
 
@@ -14,6 +15,11 @@ namespace wavelock {
 // nothing is written.
 void RawToFloat16(const std::int16_t* raw, float* out, std::uint32_t sampleCount, const CSetup& setup);
 void RawToFloat32(const std::int32_t* raw, float* out, std::uint32_t sampleCount, const CSetup& setup);
+
+// Microvolts to counts of `width` bytes, as many as there are values, the first of them channel 0's: each
+// divided by its channel's two factors one after the other, rounded half away from zero, and held within +-
+// the largest count; no number becomes 0. True when some value was no number or beyond the range.
+bool FloatsToRaw(std::span<const float> in, std::span<std::byte> raw, int width, const CSetup& setup);
 
 // An epoch as it is stored: `channels` values at each point. The setup may count fewer channels; only theirs
 // are converted then.

@@ -18,11 +18,11 @@ constexpr std::int32_t kTailRevision = 1;
 }  // namespace
 
 bool CRecordingFile::CreateFile(std::string path, int width) {
-  sampleWidth = width;
   pendingConversionNotice = 0;
   wroteStatistics = 0;
   wroteVariance = 0;
   if ((width != 2 && width != 4) || !IsStorableChannelCount(setup->channelCount)) return false;
+  sampleWidth = width;
   const std::vector<std::byte> hole(HeaderSizeFor(setup->channelCount));
   file = host.files.Open(path, OpenMode::kCreate);
   if (!file) return false;

@@ -33,7 +33,7 @@ void RaiseAndLower(float& value, float low, float high) {
 // True when the value changed.
 bool Replace(float& value, float with) {
   const bool changes = value != with;
-  value = with;
+  if (changes) value = with;  // a zero keeps its sign
   return changes;
 }
 

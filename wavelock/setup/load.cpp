@@ -84,7 +84,8 @@ bool LoadMainSection(CSetup& setup, CTffFile& file, Host& host) {
 float GainOf(const CSetup& setup, const SetupChannel& channel) {
   if (setup.adcCounts == 0 || channel.countScale == 0) return 0;
   const double microvolts = setup.adcRangeVolts * 1000000.0;
-  return static_cast<float>(std::trunc(microvolts / setup.adcCounts / channel.countScale + 0.5));
+  const double gain = std::trunc(microvolts / setup.adcCounts / channel.countScale + 0.5);
+  return static_cast<float>(gain + 0.0);  // a whole number has no zero below zero
 }
 
 void SetDefaultColors(SetupChannel& channel) {
@@ -100,12 +101,15 @@ void LoadChannel(CSetup& setup, const StoredSection<ChannelSection>& record, Set
   for (ChannelLink& link : channel.links) link.linkIndex = Within(link.linkIndex, -1, 8, -1);
 }
 
-// No more channels than the container has room for; a count beyond that fails when they run out.
+// Not many more channels than the container has room for; a count beyond that fails when they run out. No
+// channels are left of a count that cannot be true.
 bool MakeRoomForChannels(CSetup& setup, CTffFile& file) {
-  if (setup.channelCapacity > kMostChannels) return false;
+  constexpr std::int32_t kMadeAnyway = 4096;
+  constexpr std::int32_t kNone = -1;
+  if (setup.channelCapacity > kMostChannels) return setup.channels.Make(kNone);
   const std::uint64_t room = file.Length() / ChannelSection::kSize;
   const auto most = static_cast<std::int32_t>(std::min<std::uint64_t>(room, kMostChannels));
-  return setup.channels.Make(std::min(setup.channelCapacity, std::max(most, CSetup::channelLimit)));
+  return setup.channels.Make(std::min(setup.channelCapacity, std::max(most, kMadeAnyway)));
 }
 
 // Also a setup without channels must have the first record.
