@@ -4,29 +4,14 @@
 #include <memory>
 
 #include "tests/support/opened_recording.h"
-#include "tests/support/stored_container.h"
+#include "tests/support/setup_tail.h"
 #include "wavelock/setup/tff_file.h"
 
 namespace wavelock {
 namespace {
 
-// The records of a setup of two channels.
-StoredContainer TailOf(const std::function<void(CSetup&)>& change) {
-  TestHost test;
-  const auto setup = std::make_unique<CSetup>(0, test.host);
-  EXPECT_TRUE(setup->ResetToDefaults());
-  setup->channelCount = 2;
-  change(*setup);
-  setup->setupFileName = "s";
-  setup->SaveFile();
-  return StoredContainer(*test.memory.Contents("s"));
-}
-
 RecordingBuilder WithTail(const StoredContainer& tail, int revision = 16) {
-  std::vector<RecordingBuilder::Section> sections;
-  for (const StoredRecord& record : tail.records)
-    sections.push_back({record.tag, record.version, record.payload});
-  return RecordingBuilder().Revision(revision).Channels(2).Samples({1, 2, 3, 4}).Tail(sections);
+  return RecordingBuilder().Revision(revision).Channels(2).Samples({1, 2, 3, 4}).Tail(SectionsOf(tail));
 }
 
 StoredContainer TailWithRevision(std::int32_t revision) {
