@@ -46,6 +46,28 @@ TEST(RecordingTail, OverridesTheHeader) {
   EXPECT_EQ(file.Raw<std::int16_t>(0, 2), (std::vector<std::int16_t>{1, 2, 3, 4}));
 }
 
+TEST(RecordingTail, AloneTellsThatSamplesOfEpochsHaveFourBytes) {
+  const StoredContainer tail = TailOf([](CSetup& setup) {
+    setup.dataKind = kEpochs;
+    setup.pointCount = 2;
+    for (SetupChannel& channel : setup.Channels()) channel.countScale = channel.channelScale = 0.5f;
+  });
+  OpenedRecording file(RecordingBuilder()
+                           .Epoched()
+                           .Channels(2)
+                           .Points(2)
+                           .Width(4)
+                           .Epochs({{.samples = {1, 2, 3, 4}}, {.samples = {100'000, -100'000, 7, 8}}})
+                           .Tail(SectionsOf(tail)));
+  ASSERT_TRUE(file.isOpen);
+  std::vector<float> microvolts(4);
+  ASSERT_TRUE(file.recording.ReadEpochFloat(1, microvolts.data(), 16));
+  EXPECT_EQ(microvolts, (std::vector<float>{25'000, -25'000, 1.75f, 2}));
+  std::vector<std::int32_t> raw(4);
+  ASSERT_TRUE(file.recording.ReadEpochRaw(1, raw.data(), 16));
+  EXPECT_EQ(raw, (std::vector<std::int32_t>{100'000, -100'000, 7, 8}));
+}
+
 TEST(RecordingTail, StandsInRevisionsThatHaveATrustedOne) {
   const StoredContainer tail = TailOf([](CSetup& setup) { setup.channels[1].label = "tail"; });
   for (const int revision : {13, 14, 16}) {
