@@ -8,7 +8,6 @@
 #include <tuple>
 
 #include "tests/support/opened_recording.h"
-#include "tests/support/temporary_folder.h"
 #include "wavelock/recording/sample_conversion.h"
 
 namespace wavelock {
@@ -124,29 +123,6 @@ TEST(ContinuousSamples, ATableThatClaimsToLieBeforeTheSamplesGivesNoSamples) {
   EXPECT_GT(recording.recording.GetContinuousSampleCount(), std::uint64_t{1} << 60);
   EXPECT_EQ(recording.Raw<std::int16_t>(0, 2).size(), 4u) << "the samples themselves are there";
   EXPECT_TRUE(recording.Raw<std::int16_t>(100, 102).empty());
-}
-
-TEST(ContinuousSamples, PositionsReachBeyondFourGibibytes) {
-  TemporaryFolder folder;
-  const std::string path = folder.Path("large.rec");
-  const std::uint64_t first = 1'300'000'000;  // two channels of two bytes: 5.2 GB
-  // The table's high word is told by the position of the tail, which this revision does not read.
-  ASSERT_TRUE(RecordingBuilder()
-                  .Revision(13)
-                  .Channels(2)
-                  .Tail({})
-                  .SamplesAt(0, {1, 2})
-                  .SamplesAt(first, {3, 4, 5, 6})
-                  .Events({{.stimType = 9, .sample = static_cast<std::uint32_t>(first)}})
-                  .WriteTo(path));
-  CRecordingFile recording(1);
-  ASSERT_TRUE(recording.OpenFile(path));
-  EXPECT_EQ(recording.largeFile, 1);
-  EXPECT_EQ(recording.GetContinuousSampleCount(), first + 2);
-  EXPECT_EQ(recording.GetEventCount(), 1);
-  std::int16_t out[4];
-  EXPECT_TRUE(recording.ReadContinuousRaw(first, first + 2, out, sizeof out, 0, 0));
-  EXPECT_THAT(out, ElementsAre(3, 4, 5, 6));
 }
 
 // ---- conversion

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <random>
 
-#include "tests/support/byte_writer.h"
 #include "tests/support/opened_recording.h"
+#include "tests/support/stored_annotations.h"
 #include "wavelock/annotations/marker_list.h"
 #include "wavelock/setup/section_tags.h"
 
@@ -17,16 +17,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Bytes = std::vector<std::byte>;
 
-Bytes Padded(ByteWriter writer, std::size_t size) {
-  return writer.Zeros(size - writer.Written().size());
-}
-
 Bytes CurrentRecord(std::string_view name, std::string_view text = "", int channel = 2, int locked = 1) {
-  ByteWriter record;
-  record.U32(0x8040FF).Bytes(Padded(ByteWriter().Text(name), 52));
-  record.I32(11).I32(12).I32(13).I32(77).F64(2.5).I32(channel).I32(4).I32(locked);
-  record.Bytes(Padded(ByteWriter().Text(text), 52));
-  return record.I32(14).I32(3);
+  return MarkerBytes({.name = name, .text = text, .channel = channel, .locked = locked});
 }
 
 Bytes TimedRecord(std::string_view name, double timeMs) {

@@ -7,8 +7,8 @@
 #include <limits>
 #include <random>
 
-#include "tests/support/byte_writer.h"
 #include "tests/support/opened_recording.h"
+#include "tests/support/stored_annotations.h"
 #include "wavelock/setup/section_tags.h"
 
 namespace wavelock {
@@ -18,38 +18,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Bytes = std::vector<std::byte>;
 using Section = RecordingBuilder::Section;
-
-struct Segment {
-  std::uint32_t first = 0;
-  std::uint32_t end = 0;
-  std::uint32_t id = 0;
-  std::vector<double> coefficients = {};
-};
-
-Bytes Parameters(int shift = 0, int order = 3, int channels = 0, int alwaysSave = 1) {
-  ByteWriter params;
-  params.F32(1).U32(2).F32(3).F32(4).F32(5).I32(shift).U32(6).U32(7).U32(8).U32(9).U32(10).F32(11).F32(12);
-  return params.I32(order).I32(channels).I32(alwaysSave).U32(13).U32(14);
-}
-
-Bytes Row(std::uint32_t start, const std::vector<float>& values) {
-  ByteWriter row;
-  row.U32(start);
-  for (const float value : values) row.F32(value);
-  return row.Zeros(2052 - row.Written().size());
-}
-
-std::vector<Section> SectionsOf(const std::vector<Segment>& segments) {
-  std::vector<Section> sections;
-  for (const Segment& segment : segments) {
-    sections.push_back(
-        {tag::kOverlaySegment, 0, ByteWriter().U32(segment.first).U32(segment.end).U32(segment.id)});
-    for (const double value : segment.coefficients) {
-      sections.push_back({tag::kOverlayCoefficient, 0, ByteWriter().F64(value).U32(segment.id).U32(0)});
-    }
-  }
-  return sections;
-}
 
 // A container of these records alone, as an overlay reads and writes it.
 struct Container {
@@ -75,17 +43,17 @@ std::vector<Section> Joined(std::vector<Section> a, const std::vector<Section>& 
 // ---- loading and saving
 
 TEST(Overlay, SavesWhatItLoadedWithSegmentsNumberedFromZero) {
-  const std::vector<Segment> segments = {{0, 10, 5, {1, 2}}, {10, 20, 9, {}}, {20, 30, 6, {3}}};
-  const std::vector<Section> rest = {{tag::kOverlayParameters, 0, Parameters(3, 2, 1)},
-                                     {tag::kOverlayRow, 0, Row(4, {1.5f})},
-                                     {tag::kOverlayRow, 0, Row(2, {2.5f, -1})}};
-  Container source(Joined(SectionsOf(segments), rest));
+  const std::vector<StoredSegment> segments = {{0, 10, 5, {1, 2}}, {10, 20, 9, {}}, {20, 30, 6, {3}}};
+  const std::vector<Section> rest = {{tag::kOverlayParameters, 0, ParametersBytes(3, 2, 1)},
+                                     {tag::kOverlayRow, 0, RowBytes(4, {1.5f})},
+                                     {tag::kOverlayRow, 0, RowBytes(2, {2.5f, -1})}};
+  Container source(Joined(SegmentSections(segments), rest));
   ASSERT_TRUE(source.overlay.Load(source.tff));
   Container saved({});
   ASSERT_TRUE(source.overlay.Save(saved.tff));
-  std::vector<Segment> renumbered = segments;
+  std::vector<StoredSegment> renumbered = segments;
   for (std::uint32_t id = 0; id < 3; ++id) renumbered[id].id = id;
-  Container expected(Joined(SectionsOf(renumbered), rest));
+  Container expected(Joined(SegmentSections(renumbered), rest));
   EXPECT_EQ(saved.test.memory.Contents("/c"), expected.test.memory.Contents("/c"));
 }
 
@@ -102,10 +70,11 @@ TEST(Overlay, ParametersAreSavedWithoutRowsOnlyWhenTheySaySo) {
 }
 
 TEST(Overlay, WithoutParametersThereAreNoCorrectionsButOldParametersStay) {
-  Container good(Joined({{tag::kOverlayParameters, 0, Parameters(7)}, {tag::kOverlayRow, 0, Row(0, {1})}},
-                        SectionsOf({{0, 10, 1, {}}})));
+  Container good(
+      Joined({{tag::kOverlayParameters, 0, ParametersBytes(7)}, {tag::kOverlayRow, 0, RowBytes(0, {1})}},
+             SegmentSections({{0, 10, 1, {}}})));
   ASSERT_TRUE(good.overlay.Load(good.tff));
-  Container bad(Joined({{tag::kOverlayRow, 0, Row(0, {1})}}, SectionsOf({{0, 10, 1, {}}})));
+  Container bad(Joined({{tag::kOverlayRow, 0, RowBytes(0, {1})}}, SegmentSections({{0, 10, 1, {}}})));
   EXPECT_FALSE(good.overlay.Load(bad.tff));
   EXPECT_FALSE(good.overlay.HasRows());
   EXPECT_FALSE(good.overlay.HasSegments());
@@ -113,12 +82,12 @@ TEST(Overlay, WithoutParametersThereAreNoCorrectionsButOldParametersStay) {
 }
 
 TEST(Overlay, ShortRecordsTakeWhatIsThere) {
-  Bytes params = Parameters(7);
+  Bytes params = ParametersBytes(7);
   params.resize(24);
-  Bytes shortRow = Row(9, {5});
+  Bytes shortRow = RowBytes(9, {5});
   shortRow.resize(8);
   Container container({{tag::kOverlayParameters, 0, params},
-                       {tag::kOverlayRow, 0, Row(0, {1, 2})},
+                       {tag::kOverlayRow, 0, RowBytes(0, {1, 2})},
                        {tag::kOverlayRow, 0, shortRow},
                        {tag::kOverlaySegment, 0, ByteWriter().U32(3)}});
   ASSERT_TRUE(container.overlay.Load(container.tff));
@@ -136,8 +105,8 @@ TEST(Overlay, ShortRecordsTakeWhatIsThere) {
 TEST(Overlay, CoefficientOfNoSegmentEndsTheLoad) {
   const std::vector<Section> stray = {{tag::kOverlayCoefficient, 0, ByteWriter().F64(8).U32(2).U32(0)},
                                       {tag::kOverlayCoefficient, 0, ByteWriter().F64(9).U32(1).U32(0)}};
-  Container container(Joined({{tag::kOverlayParameters, 0, Parameters()}},
-                             Joined(SectionsOf({{0, 5, 1, {7}}, {5, 9, 1, {}}}), stray)));
+  Container container(Joined({{tag::kOverlayParameters, 0, ParametersBytes()}},
+                             Joined(SegmentSections({{0, 5, 1, {7}}, {5, 9, 1, {}}}), stray)));
   EXPECT_FALSE(container.overlay.Load(container.tff));
   EXPECT_THAT(container.overlay.Segments()[0]->coefficients.Elements(), ElementsAre(7));
   EXPECT_THAT(container.overlay.Segments()[1]->coefficients.Elements(), IsEmpty());

@@ -4,29 +4,14 @@
 #include <memory>
 
 #include "tests/support/opened_recording.h"
-#include "tests/support/stored_container.h"
+#include "tests/support/setup_tail.h"
 #include "wavelock/setup/tff_file.h"
 
 namespace wavelock {
 namespace {
 
-// The records of a setup of two channels.
-StoredContainer TailOf(const std::function<void(CSetup&)>& change) {
-  TestHost test;
-  const auto setup = std::make_unique<CSetup>(0, test.host);
-  EXPECT_TRUE(setup->ResetToDefaults());
-  setup->channelCount = 2;
-  change(*setup);
-  setup->setupFileName = "s";
-  setup->SaveFile();
-  return StoredContainer(*test.memory.Contents("s"));
-}
-
 RecordingBuilder WithTail(const StoredContainer& tail, int revision = 16) {
-  std::vector<RecordingBuilder::Section> sections;
-  for (const StoredRecord& record : tail.records)
-    sections.push_back({record.tag, record.version, record.payload});
-  return RecordingBuilder().Revision(revision).Channels(2).Samples({1, 2, 3, 4}).Tail(sections);
+  return RecordingBuilder().Revision(revision).Channels(2).Samples({1, 2, 3, 4}).Tail(SectionsOf(tail));
 }
 
 StoredContainer TailWithRevision(std::int32_t revision) {
@@ -59,6 +44,28 @@ TEST(RecordingTail, OverridesTheHeader) {
   EXPECT_EQ(file.Setup().bands[0].mapFile, "missing.map") << "nobody is told in a recording";
   EXPECT_TRUE(file.test.user.messages.empty());
   EXPECT_EQ(file.Raw<std::int16_t>(0, 2), (std::vector<std::int16_t>{1, 2, 3, 4}));
+}
+
+TEST(RecordingTail, AloneTellsThatSamplesOfEpochsHaveFourBytes) {
+  const StoredContainer tail = TailOf([](CSetup& setup) {
+    setup.dataKind = kEpochs;
+    setup.pointCount = 2;
+    for (SetupChannel& channel : setup.Channels()) channel.countScale = channel.channelScale = 0.5f;
+  });
+  OpenedRecording file(RecordingBuilder()
+                           .Epoched()
+                           .Channels(2)
+                           .Points(2)
+                           .Width(4)
+                           .Epochs({{.samples = {1, 2, 3, 4}}, {.samples = {100'000, -100'000, 7, 8}}})
+                           .Tail(SectionsOf(tail)));
+  ASSERT_TRUE(file.isOpen);
+  std::vector<float> microvolts(4);
+  ASSERT_TRUE(file.recording.ReadEpochFloat(1, microvolts.data(), 16));
+  EXPECT_EQ(microvolts, (std::vector<float>{25'000, -25'000, 1.75f, 2}));
+  std::vector<std::int32_t> raw(4);
+  ASSERT_TRUE(file.recording.ReadEpochRaw(1, raw.data(), 16));
+  EXPECT_EQ(raw, (std::vector<std::int32_t>{100'000, -100'000, 7, 8}));
 }
 
 TEST(RecordingTail, StandsInRevisionsThatHaveATrustedOne) {

@@ -123,6 +123,14 @@ TEST(SamplesOutput, LongRecordingIsStreamedInLittleMemory) {
                              .Events({}));
   EXPECT_EQ(folder.Wavelock("samples long.rec --format npy --raw | tail -c 2").out,
             std::string("\x09\x00", 2));
+  constexpr std::uint64_t kLast = 42'000'000;  // 5 GiB
+  folder.Put("big.rec", RecordingBuilder()
+                            .Revision(13)
+                            .Channels(kChannels)
+                            .SamplesAt(kLast, std::vector<std::int32_t>(kChannels, 7))
+                            .Tail({}));
+  EXPECT_EQ(folder.Wavelock("samples big.rec --raw --channels 64 --from 41999999 --to 42000001").out,
+            "64\n0\n7\n");
 #ifndef __SANITIZE_ADDRESS__  // which keeps memory of its own
   constexpr long kMostKilobytes = 50'000;
   rusage usage{};

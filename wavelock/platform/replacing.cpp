@@ -1,5 +1,7 @@
 #include "wavelock/platform/replacing.h"
 
+#include <new>
+
 namespace wavelock {
 namespace {
 
@@ -19,21 +21,31 @@ bool MayBeReplaced(FileService& files, const std::string& path) {
 }
 
 // The file is closed again, so that systems that lock what is open can rename it.
-bool WriteWhole(FileService& files, const std::string& path, const std::function<bool(File&)>& write) {
+bool WriteWhole(FileService& files, const std::string& path, const std::function<bool(File&)>& write) try {
   const std::unique_ptr<File> file = files.Open(path, OpenMode::kCreate);
   if (!file) return false;
   WatchedFile watched(*file);
   return write(watched) && watched.Flush() && !watched.HasFailed();
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 }  // namespace
 
-bool ReplaceWhole(FileService& files, const std::string& path, const std::function<bool(File&)>& write) {
+std::optional<std::size_t> WatchedFile::Read(std::span<std::byte> buffer) {
+  const std::optional<std::size_t> got = open_.Read(buffer);
+  if (!got || (*got < buffer.size() && open_.Position() < open_.Size())) hasFailed_ = true;
+  return got;
+}
+
+bool ReplaceWhole(FileService& files, const std::string& path, const std::function<bool(File&)>& write) try {
   if (!MayBeReplaced(files, path)) return false;
   const std::string written = FreeNameBeside(files, path);
   if (written.empty()) return false;
   if (WriteWhole(files, written, write) && files.Replace(written, path)) return true;
   files.Delete(written);
+  return false;
+} catch (const std::bad_alloc&) {
   return false;
 }
 

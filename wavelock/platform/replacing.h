@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "wavelock/platform/file_service.h"
 
@@ -14,12 +15,13 @@ namespace wavelock {
 class WatchedFile : public File {
  public:
   explicit WatchedFile(File& open) : open_(open) {}
+  explicit WatchedFile(std::unique_ptr<File> owned) : owned_(std::move(owned)), open_(*owned_) {}
 
   bool HasFailed() const { return hasFailed_; }
 
   std::string Name() const override { return open_.Name(); }
   std::string Path() const override { return open_.Path(); }
-  std::optional<std::size_t> Read(std::span<std::byte> buffer) override { return Note(open_.Read(buffer)); }
+  std::optional<std::size_t> Read(std::span<std::byte> buffer) override;
   bool Write(std::span<const std::byte> bytes) override { return Note(open_.Write(bytes)); }
   std::optional<std::uint64_t> Seek(std::int64_t offset, SeekOrigin origin) override {
     return Note(open_.Seek(offset, origin));
@@ -35,13 +37,15 @@ class WatchedFile : public File {
     return result;
   }
 
+  std::unique_ptr<File> owned_;
   File& open_;
   bool hasFailed_ = false;
 };
 
 // Lets `write` fill a new file in the same folder, brings that to the medium and puts it in the place of
-// `path`, if there is such a file. False when `write` gave that, when any call on the new file failed, and
-// when the file at `path` may not be written; it is then as it was, and the new one is removed.
+// `path`, if there is such a file. False when `write` gave that or had no memory, when any call on the new
+// file failed, and when the file at `path` may not be written; it is then as it was, and the new one is
+// removed.
 bool ReplaceWhole(FileService& files, const std::string& path, const std::function<bool(File&)>& write);
 
 }  // namespace wavelock

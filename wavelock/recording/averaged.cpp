@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <optional>
 
 #include "wavelock/numerics/positions.h"
@@ -174,7 +175,7 @@ SectionRules CRecordingFile::TakeSectionRules(int section) {
   return rules;
 }
 
-bool CRecordingFile::ReadAveragedSection(std::int32_t count, float* out, int section) {
+bool CRecordingFile::ReadAveragedSection(std::int32_t count, float* out, int section) try {
   const int fileClass = GetFileClass(&rawHeader);
   if (fileClass != kAverage && fileClass != kAverageWithStatistics) return false;
   if (count <= 0 || out == nullptr || !HasSection(rawHeader.header, section) || !file) return false;
@@ -196,6 +197,8 @@ bool CRecordingFile::ReadAveragedSection(std::int32_t count, float* out, int sec
   const bool lacksFigures = setup->mainField8164 == 0 || setup->mainField8168 == 0;
   if (section != kAverageSection || setup->frequencyDomain != 0 || !lacksFigures) return true;
   return IsPlausibleSet(setup->pointCount, setup->channelCount) && FillSignalFigures(values, *setup);
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 // Some channels at a time: from the file, through what there is to be done to each, into their places.
@@ -230,7 +233,7 @@ bool CRecordingFile::ReadSectionRows(int section, const SectionShape& shape, con
 
 // ---- writing
 
-std::int32_t CRecordingFile::WriteAverageSection(const float* data, std::uint32_t bytes, int section) {
+std::int32_t CRecordingFile::WriteAverageSection(const float* data, std::uint32_t bytes, int section) try {
   if (section != kAverageSection && section != kFirstFsp && section != kSecondFsp) return 0;
   if (!setup || !file || (data == nullptr && HasValues(*setup, section))) return 0;
   const std::optional<std::int32_t> size = SizeToWrite(*setup, section);
@@ -240,19 +243,23 @@ std::int32_t CRecordingFile::WriteAverageSection(const float* data, std::uint32_
   if (!WriteSectionRows(data, section, limit)) return 0;
   if (section == kSecondFsp) wroteStatistics = 1;
   return *size;
+} catch (const std::bad_alloc&) {
+  return 0;
 }
 
-std::int32_t CRecordingFile::WriteVarianceSection(const float* data, std::uint32_t /*bytes*/) {
+std::int32_t CRecordingFile::WriteVarianceSection(const float* data, std::uint32_t /*bytes*/) try {
   constexpr std::int32_t kNoMemory = -1;
   if (!setup || !file || (data == nullptr && HasValues(*setup, kVarianceSection))) return 0;
   const std::optional<std::int32_t> size = SizeToWrite(*setup, kVarianceSection);
   if (!size || !WriteSectionRows(data, kVarianceSection, static_cast<std::uint32_t>(*size))) return kNoMemory;
   wroteVariance = 1;
   return *size;
+} catch (const std::bad_alloc&) {
+  return -1;
 }
 
 // At most `limit` bytes of the section. False only when memory ran out: the caller of a write that failed
-// goes on and sees it when the file is saved.
+// goes on, and what is saved then is no recording.
 bool CRecordingFile::WriteSectionRows(const float* data, int section, std::uint32_t limit) {
   const auto channels = static_cast<std::size_t>(setup->channelCount);
   const SectionShape shape = ShapeToWrite(*setup, section);
@@ -276,7 +283,10 @@ bool CRecordingFile::WriteSectionRows(const float* data, int section, std::uint3
                   bytes.begin() + static_cast<std::ptrdiff_t>(r * shape.RowBytes() + shape.prefix));
     }
     const std::span<std::byte> written = bytes.first(std::min<std::size_t>(bytes.size(), limit));
-    if (!file->Write(written)) return true;
+    if (!file->Write(written)) {
+      lacksSection_ = true;
+      return true;
+    }
     limit -= static_cast<std::uint32_t>(written.size());
   }
   return true;

@@ -1,5 +1,6 @@
 // What a file holds: told by four bytes of its header, and for some names by the extension.
 #include <algorithm>
+#include <new>
 #include <string>
 
 #include "wavelock/prompts/prompts.h"
@@ -76,7 +77,7 @@ int CRecordingFile::ClassifyHeader(HeaderImage* header) {
 
 // The name overrules the header towards continuous, and, if the person says so, away from it. Once for each
 // open: a call without an image or without a file uses it up.
-void CRecordingFile::CheckExtension(HeaderImage* header) {
+void CRecordingFile::CheckExtension(HeaderImage* header) try {
   if (kindPromptDone != 0) return;
   kindPromptDone = 1;
   if (header == nullptr || !file) return;
@@ -92,6 +93,7 @@ void CRecordingFile::CheckExtension(HeaderImage* header) {
     if (prompt.choice == 0) mode = kModeAverage;
   }
   if (extension == "edf" || extension == "raw") mode = kModeContinuous;
+} catch (const std::bad_alloc&) {
 }
 
 }  // namespace wavelock

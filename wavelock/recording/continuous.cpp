@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <optional>
 
 #include "wavelock/numerics/positions.h"
@@ -104,7 +105,7 @@ bool CRecordingFile::IsContinuousRange(std::uint64_t start, std::uint64_t end) {
 }
 
 bool CRecordingFile::ReadContinuousRaw(std::uint64_t start, std::uint64_t end, void* out,
-                                       std::int32_t outBytes, int skipPolynomials, int skipRows) {
+                                       std::int32_t outBytes, int skipPolynomials, int skipRows) try {
   if (!IsContinuousRange(start, end) || out == nullptr || !file) return false;
   const std::uint64_t channels = rawHeader.header.channelCount;
   const auto width = static_cast<std::uint64_t>(sampleWidth);
@@ -116,6 +117,8 @@ bool CRecordingFile::ReadContinuousRaw(std::uint64_t start, std::uint64_t end, v
   if (!overlay.HasRows() && !overlay.HasSegments()) return true;
   const auto corrections = StartCorrections(start, skipPolynomials, skipRows);
   return corrections && corrections->Apply(block);
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 bool CRecordingFile::ReadStored(std::uint64_t start, std::uint64_t end, std::span<std::byte> out) {
@@ -243,7 +246,7 @@ bool CRecordingFile::ReadPartOfBlock(const BlockShape& shape, std::uint64_t posi
 }
 
 bool CRecordingFile::ReadContinuousFloat(std::uint64_t start, std::uint64_t end, float* out,
-                                         std::uint32_t outBytes, int skipPolynomials, int skipRows) {
+                                         std::uint32_t outBytes, int skipPolynomials, int skipRows) try {
   if (out == nullptr || !IsContinuousRange(start, end)) return false;
   const std::uint64_t channels = rawHeader.header.channelCount;
   const auto width = static_cast<std::uint64_t>(sampleWidth);
@@ -277,6 +280,8 @@ bool CRecordingFile::ReadContinuousFloat(std::uint64_t start, std::uint64_t end,
     start = pieceEnd;
   }
   return true;
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 // Floats are made in pieces that stay in the cache between reading and converting. A piece of layout 3 ends
@@ -291,10 +296,12 @@ std::uint64_t CRecordingFile::EndOfPiece(std::uint64_t start) const {
   return (start + std::max(samples, run)) / run * run;
 }
 
-bool CRecordingFile::AppendContinuousFloat(const float* in, std::uint32_t inBytes) {
+bool CRecordingFile::AppendContinuousFloat(const float* in, std::uint32_t inBytes) try {
   if (in == nullptr || setup->channelCount < 1) return false;
   const std::span<const float> values(in, inBytes / sizeof(float));
   return AppendCounts(values, values.size() - values.size() % static_cast<std::size_t>(setup->channelCount));
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 // Writes the first `counted` values as counts, and zeros for those behind them. All are converted whether or

@@ -15,11 +15,13 @@ constexpr std::size_t kChunkBytes = 256 * 1024;
 
 }  // namespace
 
-CTFDEpoch* CRecordingFile::LoadDataObject(std::uint32_t index) {
+CTFDEpoch* CRecordingFile::LoadDataObject(std::uint32_t index) try {
   if (keptData) return keptData->Multiplex() && TakeMarkers(*keptData, index) ? keptData.get() : nullptr;
   loadedData.reset();
   if (!LoadSet(index) || !LoadFsp() || !TakeMarkers(*loadedData, index)) loadedData.reset();
   return loadedData.get();
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 bool CRecordingFile::LoadSet(std::uint32_t index) {

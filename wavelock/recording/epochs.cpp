@@ -2,6 +2,7 @@
 // of data; the epochs of a file follow each other without gaps.
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <optional>
 
 #include "wavelock/numerics/positions.h"
@@ -75,10 +76,12 @@ bool CRecordingFile::ReadEpochRaw(std::uint32_t index, void* out, std::uint32_t 
   return SeekToEpochData(index, outBytes) && file->ReadExactly({static_cast<std::byte*>(out), outBytes});
 }
 
-bool CRecordingFile::ReadEpochFloat(std::uint32_t index, float* out, std::uint32_t outBytes) {
+bool CRecordingFile::ReadEpochFloat(std::uint32_t index, float* out, std::uint32_t outBytes) try {
   if (out == nullptr || !IsEpoch(index)) return false;
   return rawHeader.header.frequencyDomain == 0 ? ReadEpochSamples(index, {out, outBytes / sizeof(float)})
                                                : ReadEpochSpectrum(index, out, outBytes);
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 // In pieces that stay in the cache between reading and converting.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -90,7 +91,7 @@ int CRecordingFile::GetEventCount() {
   return GetFileClass(&rawHeader) == kContinuous ? static_cast<int>(eventGroup.Size()) : 0;
 }
 
-bool CRecordingFile::ReadEvents() {
+bool CRecordingFile::ReadEvents() try {
   eventsAreKnown_ = false;
   constexpr int kLayoutWithTriggers = 0;
   constexpr int kLayoutWithoutEvents = 2;
@@ -112,8 +113,12 @@ bool CRecordingFile::ReadEvents() {
     return false;
   }
   if (head.kind < kShortRecordsByOffset || head.kind > kRecordsBySample || head.byteSize < 0) return false;
+  if (head.kind != kRecordsBySample && dataStart < 0) return false;
   if (ReadEventRecords(head.kind, head.byteSize / RecordBytes(head.kind)) && eventGroup.RemoveDuplicates())
     return eventsAreKnown_ = true;
+  eventGroup.SetSize(0);
+  return false;
+} catch (const std::bad_alloc&) {
   eventGroup.SetSize(0);
   return false;
 }
@@ -203,7 +208,8 @@ bool CRecordingFile::EventsFitOffsets(int start) const {
 }
 
 // One write for many records. The table in memory keeps its sample indexes. The events of a file that already
-// is must come back as they were, wherever they point.
+// is must come back as they were, wherever they point. The head goes in last: without it there is no table,
+// and what follows in the file is never taken for events.
 void CRecordingFile::WriteEvents(File& target, int start) {
   constexpr std::uint64_t kLargestByOffset = 0x40000000;
   const bool bySample =
@@ -213,7 +219,9 @@ void CRecordingFile::WriteEvents(File& target, int start) {
   EventTableHead head;
   head.kind = static_cast<std::uint8_t>(bySample ? kRecordsBySample : kRecordsByOffset);
   head.byteSize = WrapToInt32(static_cast<std::int64_t>(events.size_bytes()));
-  bool isWritten = target.Write(BytesOf(head));
+  const std::optional<std::uint64_t> position = target.Position();
+  const EventTableHead hole{};
+  bool isWritten = position && target.Write(std::as_bytes(std::span(&hole, 1)));
   for (std::size_t first = 0; first < events.size() && isWritten; first += kRecordsAtOnce) {
     const std::span<const EventRecord> part =
         events.subspan(first, std::min(kRecordsAtOnce, events.size() - first));
@@ -226,6 +234,9 @@ void CRecordingFile::WriteEvents(File& target, int start) {
     }
     isWritten = isWritten && target.Write(bytes);
   }
+  const std::optional<std::uint64_t> end = target.Position();
+  isWritten =
+      isWritten && end && target.SeekTo(*position) && target.Write(BytesOf(head)) && target.SeekTo(*end);
   if (!isWritten) ReportMessage(NumberedMessage(MessageNumber::kEventTableNotWritten));
 }
 

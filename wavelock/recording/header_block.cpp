@@ -62,7 +62,7 @@ void CRecordingFile::ConvertOldestLayout() {
     host.modal.ShowMessage(NumberedMessage(MessageNumber::kTooManyChannelsInOldestHeader));
     return;
   }
-  dataStart = static_cast<int>(file->Position().value_or(0));
+  if (const auto position = file->Position()) dataStart = static_cast<int>(*position);
 }
 
 }  // namespace wavelock

@@ -4,6 +4,7 @@
 
 #include "wavelock/numerics/conversions.h"
 #include "wavelock/numerics/stored.h"
+#include "wavelock/platform/replacing.h"
 #include "wavelock/prompts/messages.h"
 #include "wavelock/prompts/prompts.h"
 #include "wavelock/recording/recording_file.h"
@@ -52,11 +53,11 @@ CRecordingFile::CRecordingFile(int silentFlag, Host& hostServices)
 
 CRecordingFile::~CRecordingFile() = default;
 
-bool CRecordingFile::OpenFile(std::string path) {
+bool CRecordingFile::OpenFile(std::string path) try {
   kindPromptDone = 0;
   keptData.reset();
   averageRules_.reset();
-  isCreated_ = isTranslated_ = eventsAreKnown_ = false;
+  isCreated_ = lacksSection_ = isReadWell_ = isTranslated_ = eventsAreKnown_ = false;
   path = CleanPath(std::move(path));
   std::string systemText;
   file = host.files.Open(path, OpenMode::kReadWrite);
@@ -68,7 +69,11 @@ bool CRecordingFile::OpenFile(std::string path) {
   }
   fileName = file->Name();
   filePath = file->Path();
+  auto watchedFile = std::make_unique<WatchedFile>(std::move(file));
+  const WatchedFile& watched = *watchedFile;
+  file = std::move(watchedFile);
   const bool headIsRead = ReadFileHead();
+  isReadWell_ = !watched.HasFailed();
   sampleWidth = WidthOf(*setup);
   if (!headIsRead) {
     ReportMessage(NumberedMessage(MessageNumber::kHeadNotRead));
@@ -81,6 +86,9 @@ bool CRecordingFile::OpenFile(std::string path) {
   }
   markerList.TimesToSamples(*setup);
   return true;
+} catch (const std::bad_alloc&) {
+  CloseFile();
+  return false;
 }
 
 void CRecordingFile::WarnOfNewerWriter() {
@@ -103,6 +111,7 @@ void CRecordingFile::WarnOfModification() {
 bool CRecordingFile::ReadFileHead() {
   const WaitCursor wait(host.modal);
   rawHeader = {};
+  dataStart = headerRevision = -1;
   if (!ReadHeaderBlock()) return false;
   // A translation that stopped has reported why; the samples may still be worth having.
   isTranslated_ = TranslateHeader(&rawHeader, setup.get());

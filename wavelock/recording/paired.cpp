@@ -66,7 +66,7 @@ bool CRecordingFile::LoadPairMatrix() {
   return false;
 }
 
-CTFDPaired* CRecordingFile::BuildPairedData() {
+CTFDPaired* CRecordingFile::BuildPairedData() try {
   if (pairedData) return pairedData.get();
   if (!setup || !file) return nullptr;
   const std::int32_t pairs = CountPairs(pairMatrix);
@@ -78,6 +78,8 @@ CTFDPaired* CRecordingFile::BuildPairedData() {
     return nullptr;
   }
   return ReadPairs(*pairedData) ? pairedData.get() : nullptr;
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 // A short read leaves the object as far as it was filled.
@@ -135,7 +137,7 @@ bool CRecordingFile::WritePair(const CTFDPaired& data, std::size_t pair, std::in
   return file->SeekTo(static_cast<std::uint64_t>(position)) && file->Write(entry);
 }
 
-bool CRecordingFile::WritePairedData(CTFDPaired* data) {
+bool CRecordingFile::WritePairedData(CTFDPaired* data) try {
   if (data == nullptr || data->ready == 0 || !file || !IsChannelCount(data->GetChannelCount())) return false;
   const auto channels = static_cast<std::size_t>(data->GetChannelCount());
   std::vector<std::int32_t> positions;
@@ -153,6 +155,8 @@ bool CRecordingFile::WritePairedData(CTFDPaired* data) {
     if (!WritePair(*data, k, positions[k])) return false;
   }
   return file->Write(std::as_bytes(matrix.All()));
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 // ---- copying

@@ -235,7 +235,7 @@ class CRecordingFile {
   // date and time of recording.
   //
   // Of a created recording it writes events, setup, what stands beside the samples and the header. False
-  // without an open file. Anything that cannot be written on the way leaves the file as far as it stands and
+  // without an open file or memory. What cannot be written on the way leaves the file as far as it stands and
   // is not told: as the header is last, such a file cannot be opened, or lacks what could not be written.
   //
   // A recording that was opened is brought to the current form as SaveCopy does it, in its own place. False
@@ -251,7 +251,8 @@ class CRecordingFile {
   // place of whatever stands at `path`, in one step. So whenever the program or the power fails, `path` holds
   // what it held before or the whole copy; a file named like `path` with ".new" behind it may be left over.
   // False, with `path` as it was, when anything cannot be read, understood or written: a file whose events or
-  // pairs were not read, or that holds more data than its header counts, is not copied without them.
+  // pairs were not read, that holds more data than its header counts, or of which the disk gave only a part
+  // when it was opened, is not copied without them.
   bool SaveCopy(std::string path);
 
   // Asks where to save the setup as a file of its own. False when nobody said.
@@ -385,6 +386,8 @@ class CRecordingFile {
   bool WritePair(const CTFDPaired& data, std::size_t pair, std::int32_t position);
 
   bool isCreated_ = false;                    // by CreateFile, not opened
+  bool lacksSection_ = false;                 // one of those written since the file was created is not whole
+  bool isReadWell_ = false;                   // no call to the disk failed while the file was opened
   bool isTranslated_ = false;                 // all of the header went into the setup
   bool eventsAreKnown_ = false;               // all that there are
   std::optional<SectionRules> averageRules_;  // that the average was read with

@@ -1,9 +1,12 @@
 // Creating a recording and finishing it.
+#include <cstddef>
 #include <memory>
 #include <new>
+#include <optional>
 #include <utility>
 #include <vector>
 
+#include "wavelock/platform/replacing.h"
 #include "wavelock/prompts/messages.h"
 #include "wavelock/recording/recording_file.h"
 #include "wavelock/setup/section_tags.h"
@@ -17,8 +20,9 @@ constexpr std::int32_t kTailRevision = 1;
 
 }  // namespace
 
-bool CRecordingFile::CreateFile(std::string path, int width) {
+bool CRecordingFile::CreateFile(std::string path, int width) try {
   pendingConversionNotice = 0;
+  lacksSection_ = false;
   wroteStatistics = 0;
   wroteVariance = 0;
   if ((width != 2 && width != 4) || !IsStorableChannelCount(setup->channelCount)) return false;
@@ -38,13 +42,15 @@ bool CRecordingFile::CreateFile(std::string path, int width) {
   dataStart = static_cast<int>(hole.size());
   isCreated_ = true;
   return true;
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
-bool CRecordingFile::SaveSetupAs() {
-  return setup && setup->SaveAs("");
+bool CRecordingFile::SaveSetupAs() try { return setup && setup->SaveAs(""); } catch (const std::bad_alloc&) {
+  return false;
 }
 
-bool CRecordingFile::SaveAndClose(std::int64_t stamp) {
+bool CRecordingFile::SaveAndClose(std::int64_t stamp) try {
   if (std::exchange(pendingConversionNotice, 0) != 0) {
     ReportMessage(NumberedMessage(MessageNumber::kSamplesClipped, fileName));
   }
@@ -66,6 +72,8 @@ bool CRecordingFile::SaveAndClose(std::int64_t stamp) {
   filePath.clear();
   SetReadOnlyIfWanted(path);
   return true;
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 void CRecordingFile::TakeTimeOfSaving(std::int64_t stamp) {
@@ -74,21 +82,30 @@ void CRecordingFile::TakeTimeOfSaving(std::int64_t stamp) {
 }
 
 // All that follows the data of a file, and at last the header, whose block tells where it is. A failure does
-// not stop this, and makes the result false.
+// not stop this, and makes the result false. Of the header the upper byte of its channel count comes last,
+// with one that no reader takes in its place before: a header that is written in part is none.
 bool CRecordingFile::WriteBehindData(File& target, std::span<std::byte> block) {
   if (block.size() < sizeof(RecordingHeader)) return false;
   auto& header = *reinterpret_cast<RecordingHeader*>(block.data());
-  header.eventTablePosition = static_cast<std::uint32_t>(target.Seek(0, SeekOrigin::kEnd).value_or(0));
+  const std::optional<std::uint64_t> dataEnd = target.Seek(0, SeekOrigin::kEnd);
+  header.eventTablePosition = static_cast<std::uint32_t>(dataEnd.value_or(0));
   if (setup->dataKind == kContinuous) WriteEvents(target, static_cast<int>(block.size()));
   target.Flush();
   const std::uint64_t tail = target.Seek(0, SeekOrigin::kEnd).value_or(0);
-  header.tailPositionLow = static_cast<std::uint32_t>(tail);
-  header.tailPositionHigh = static_cast<std::uint32_t>(tail >> 32);
-  bool isWhole = setup->SaveEmbedded(target, tail);
-  isWhole = WriteTail(target) && isWhole;
+  WatchedFile watched(target);
+  const bool hasSetup = tail != 0 && setup->SaveEmbedded(watched, tail) && !watched.HasFailed();
+  bool isWhole = WriteTail(target) && hasSetup;
   isWhole = target.Flush() && isWhole;  // the header vouches for what it points to
-  isWhole =
-      target.SeekTo(0) && WriteHeaderBlock(block.data(), &target, static_cast<int>(block.size())) && isWhole;
+
+  // A setup in part would count for more than the header. Without one, samples of 4 bytes are not known for
+  // what they are; and without the end of the data nobody can tell how many there are.
+  header.tailPositionLow = static_cast<std::uint32_t>(hasSetup ? tail : 0);
+  header.tailPositionHigh = static_cast<std::uint32_t>(hasSetup ? tail >> 32 : 0);
+  const bool isReadable = dataEnd && !lacksSection_ && (hasSetup || sampleWidth == 2);
+  constexpr std::size_t kLastByte = offsetof(RecordingHeader, channelCount) + 1;
+  const std::byte lastByte = std::exchange(block[kLastByte], std::byte{0xFF});
+  isWhole = target.SeekTo(0) && WriteHeaderBlock(block.data(), &target, static_cast<int>(block.size())) &&
+            isReadable && target.SeekTo(kLastByte) && target.Write(std::span(&lastByte, 1)) && isWhole;
   return target.Flush() && isWhole;
 }
 

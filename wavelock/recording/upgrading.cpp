@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <optional>
 #include <vector>
 
@@ -36,7 +37,7 @@ bool CRecordingFile::SaveOpened(std::int64_t stamp) {
 }
 
 // An average was closed as soon as it was read, so its file is opened again for as long as this takes.
-bool CRecordingFile::SaveCopy(std::string path) {
+bool CRecordingFile::SaveCopy(std::string path) try {
   const bool wasClosed = !file;
   if (isCreated_ || (wasClosed && !keptData)) return false;
   const WaitCursor wait(host.modal);
@@ -45,13 +46,16 @@ bool CRecordingFile::SaveCopy(std::string path) {
                        ReplaceWhole(host.files, path, [this](File& target) { return WriteCopy(target); });
   if (wasClosed) file.reset();
   return isSaved;
+} catch (const std::bad_alloc&) {
+  if (keptData) file.reset();
+  return false;
 }
 
 // Whether nothing in the file would be left behind because it was not understood, and whether it is still the
 // file that was opened.
 bool CRecordingFile::IsKnownWhole() {
   const int fileClass = GetFileClass(&rawHeader);
-  if (!isTranslated_ || dataStart < 0 || file->Size() != fileSize) return false;
+  if (!isReadWell_ || !isTranslated_ || dataStart < 0 || file->Size() != fileSize) return false;
   if (setup->channelCount != rawHeader.header.channelCount || setup->dataKind != fileClass) return false;
   switch (fileClass) {
     case kContinuous:

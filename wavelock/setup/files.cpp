@@ -1,4 +1,5 @@
 // Setups in files: a setup file of their own, or the tail of a recording.
+#include <new>
 #include <string>
 
 #include "wavelock/platform/replacing.h"
@@ -14,14 +15,17 @@ constexpr char kFilter[] = "Setup Files (*.ast)|*.ast||";
 
 }  // namespace
 
-bool CSetup::LoadFile() {
+bool CSetup::LoadFile() try {
   CTffFile file(*host_);
   return file.Open(setupFileName, OpenMode::kReadOnly) && Load(file);
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
-void CSetup::SaveFile() {
+void CSetup::SaveFile() try {
   if (!SaveTo(setupFileName, host_->files))
     ShowNoticeById(*host_, MessageNumber::kSetupFileNotWritable, setupFileName);
+} catch (const std::bad_alloc&) {
 }
 
 // Whoever looks finds the old file or the new one, whole.
@@ -32,7 +36,7 @@ bool CSetup::SaveTo(const std::string& path, FileService& files) {
   });
 }
 
-bool CSetup::SaveAs(const char* name) {
+bool CSetup::SaveAs(const char* name) try {
   const std::string path = name != nullptr ? name : setupFileName;
   const auto chosen = host_->modal.AskSavePath({.defaultExtension = kExtension,
                                                 .initialFile = NameOf(path),
@@ -43,6 +47,8 @@ bool CSetup::SaveAs(const char* name) {
   host_->profile.SetString(profile::kState, profile::kSetupFile, setupFileName);
   SaveFile();
   return true;
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 bool CSetup::LoadEmbedded(File& file, std::uint64_t position) {

@@ -1,0 +1,233 @@
+// Any number of recordings, controls and setups live in any number of threads over one host, and each does
+// what it does alone.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <random>
+#include <sstream>
+#include <thread>
+
+#include "tests/support/delivered.h"
+#include "tests/support/every_kind.h"
+#include "tests/support/setup_values.h"
+#include "tests/support/temporary_folder.h"
+#include "wavelock/control/dispatch.h"
+#include "wavelock/control/identifiers.h"
+#include "wavelock/control/module.h"
+#include "wavelock/platform/console_modal_interface.h"
+#include "wavelock/platform/file_profile_store.h"
+#include "wavelock/platform/file_registry.h"
+#include "wavelock/platform/posix_files.h"
+#include "wavelock/platform/posix_process.h"
+
+namespace wavelock {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The services of the default host, but for whom they speak to and where they keep the profile; and what else
+// a process has only one of.
+struct Shared {
+  TemporaryFolder folder;
+  std::istringstream answers;
+  std::ostringstream words;
+  PosixFiles files;
+  FileProfileStore profile{files, folder.Path("profile.ini")};
+  ConsoleModalInterface modal{answers, words, false};
+  PosixProcess process;
+  Host host{files, profile, modal, process};
+  FileRegistry registry{files, folder.Path("registry.ini")};
+  CControlModule module{host, registry, "/lib/control.so"};
+};
+
+using Outcome = std::map<std::string, std::string>;
+
+// `home` is a folder that no other thread uses.
+using Job = std::function<Outcome(Shared& shared, const std::string& home)>;
+
+std::string Text(std::span<const std::byte> bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+std::string FileText(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+Outcome OutcomeOf(CRecordingFile& recording) {
+  Outcome outcome;
+  for (const auto& [what, bytes] : EverythingIn(recording)) outcome[what] = Text(bytes);
+  for (const auto& [path, value] : ValuesOf(*recording.setup)) outcome["setup"] += value;
+  for (const LabelEntry& label : recording.labelList.Entries()) outcome["label " + label.text] = "";
+  outcome["markers"] = std::to_string(recording.markerList.GetCount());
+  return outcome;
+}
+
+// All threads read the same file.
+Outcome Read(Host& host, const std::string& path) {
+  CRecordingFile recording(0, host);
+  Outcome outcome{{"opened", std::to_string(recording.OpenFile(path))}};
+  outcome.merge(OutcomeOf(recording));
+  return outcome;
+}
+
+Outcome Upgrade(Host& host, const std::string& from, const std::string& path) {
+  fs::copy_file(from, path, fs::copy_options::overwrite_existing);
+  CRecordingFile recording(0, host);
+  recording.OpenFile(path);
+  return {{"saved", std::to_string(recording.SaveAndClose(0))}, {"file", FileText(path)}};
+}
+
+Outcome Make(Host& host, Maker make, const std::string& path) {
+  CRecordingFile recording(0, host);
+  return {{"saved", std::to_string(make(recording, path))}, {"file", FileText(path)}};
+}
+
+// Asks a control for all that has no arguments, and for its first samples and epoch.
+Outcome Dispatched(CControlModule& module, const std::string& path) {
+  Reference<ClassFactory> factory;
+  Reference<Dispatch> control;
+  Outcome outcome;
+  if (module.GetClassObject(kControlClassId, ClassFactory::kId, factory.Receive()) != Result::kDone ||
+      factory->CreateInstance(Dispatch::kId, control.Receive()) != Result::kDone) {
+    return outcome;
+  }
+  const auto call = [&](const std::string& name, const std::vector<Variant>& arguments) {
+    std::int32_t id = 0;
+    Variant result;
+    const Result found = control->GetIdOfName(name.c_str(), &id);
+    const Result done =
+        control->Invoke(id, arguments.data(), static_cast<std::uint32_t>(arguments.size()), &result, nullptr);
+    outcome[name] = std::to_string(static_cast<int>(found)) + " " + std::to_string(static_cast<int>(done)) +
+                    " " + std::to_string(result.I2() + result.I4() + result.BoolBits()) +
+                    std::string(result.Text());
+  };
+  std::vector<Variant> open;
+  open.emplace_back(path.c_str());
+  call("OpenInputDataFile", open);
+  for (const char* name : {"GetNumChannels", "GetRate", "GetAcqType", "GetFileActive",
+                           "GetNumContinuousPoints", "GetEventCount", "GetEpochCount"})
+    call(name, {});
+  std::vector<float> block(60);
+  std::vector<Variant> request;
+  request.emplace_back(std::int32_t{0});
+  request.emplace_back(std::int32_t{3});
+  request.push_back(Variant::Block(std::span(block).first(9)));
+  request.emplace_back(std::int32_t{36});
+  call("GetContinuousFloatBlock", request);
+  outcome["block"] = Text(std::as_bytes(std::span(block)));
+  call("CloseInputDataFile", {});
+  return outcome;
+}
+
+Outcome SetupThroughAFile(Host& host, const std::string& path) {
+  const auto written = std::make_unique<CSetup>(0, host);
+  written->ResetToDefaults();
+  written->setupFileName = path;
+  written->SaveFile();
+  const auto read = std::make_unique<CSetup>(0, host);
+  read->setupFileName = path;
+  Outcome outcome{{"loaded", std::to_string(read->LoadFile())}, {"file", FileText(path)}};
+  for (const auto& [field, value] : ValuesOf(*read)) {
+    if (field != "setupFileName") outcome["setup"] += value;
+  }
+  return outcome;
+}
+
+// Changes of one thread must not lose those of another.
+Outcome KeptByProfileAndRegistry(Shared& shared, const std::string& home) {
+  Outcome outcome;
+  for (const char* key : {"a", "b"}) {
+    shared.profile.SetString(home, key, key);
+    outcome[key] = shared.profile.GetString(home, key, "missing");
+  }
+  outcome["registered"] = std::to_string(static_cast<int>(shared.module.RegisterServer()));
+  shared.registry.Change([&](RegistryTree& tree) { tree[home][""] = "mine"; });
+  const auto tree = shared.registry.Read();
+  outcome["entry"] = tree ? FindValue(*tree, home).value_or("missing") : "unread";
+  return outcome;
+}
+
+std::map<std::string, Job> Jobs(const std::string& recordings) {
+  std::map<std::string, Job> jobs;
+  for (const auto& [name, builder] : RecordingsOfEveryKind()) {
+    const std::string path = recordings + "/" + name + ".rec";
+    EXPECT_TRUE(builder.WriteTo(path));
+    jobs["read " + name] = [path](Shared& s, const std::string&) { return Read(s.host, path); };
+    jobs["read by default " + name] = [path](Shared&, const std::string&) {
+      CRecordingFile recording(1);
+      recording.OpenFile(path);
+      return OutcomeOf(recording);
+    };
+    jobs["control " + name] = [path](Shared& s, const std::string&) { return Dispatched(s.module, path); };
+    jobs["upgrade " + name] = [path](Shared& s, const std::string& home) {
+      return Upgrade(s.host, path, home + "/upgraded.rec");
+    };
+  }
+  for (const auto& [name, make] : MakersOfEveryKind()) {
+    jobs["make " + name] = [make = make](Shared& s, const std::string& home) {
+      return Make(s.host, make, home + "/made.rec");
+    };
+  }
+  jobs["setup"] = [](Shared& s, const std::string& home) {
+    return SetupThroughAFile(s.host, home + "/s.ast");
+  };
+  jobs["profile and registry"] = KeptByProfileAndRegistry;
+  return jobs;
+}
+
+// What differs from the expected, by job.
+std::vector<std::string> RunShuffled(Shared& shared, const std::map<std::string, Job>& jobs,
+                                     const std::map<std::string, Outcome>& expected, unsigned thread) {
+  const std::string home = shared.folder.Path("thread " + std::to_string(thread));
+  fs::create_directory(home);
+  std::vector<std::string> order;
+  for (const auto& [name, job] : jobs) order.push_back(name);
+  std::shuffle(order.begin(), order.end(), std::mt19937(thread));
+  std::vector<std::string> wrong;
+  for (const std::string& name : order) {
+    const Outcome outcome = jobs.at(name)(shared, home);
+    for (const auto& [what, value] : expected.at(name)) {
+      const auto found = outcome.find(what);
+      if (found == outcome.end() || found->second != value) wrong.push_back(name + ": " + what);
+    }
+    if (outcome.size() != expected.at(name).size()) wrong.push_back(name + ": more than expected");
+  }
+  return wrong;
+}
+
+TEST(Threads, RecordingsInManyThreadsDoWhatTheyDoAlone) {
+  const TemporaryFolder recordings;
+  const std::map<std::string, Job> jobs = Jobs(recordings.Path());
+  std::map<std::string, Outcome> expected;
+  {
+    Shared alone;
+    const std::string home = alone.folder.Path("home");
+    fs::create_directory(home);
+    for (const auto& [name, job] : jobs) expected[name] = job(alone, home);
+  }
+  for (const char* saved : {"make wide", "make pairs", "upgrade corrected", "upgrade marked"})
+    EXPECT_EQ(expected[saved]["saved"], "1") << saved;
+
+  Shared shared;
+  constexpr unsigned kThreads = 8;
+  std::vector<std::vector<std::string>> wrong(kThreads);
+  std::vector<std::thread> threads;
+  for (unsigned i = 0; i < kThreads; ++i)
+    threads.emplace_back([&, i] { wrong[i] = RunShuffled(shared, jobs, expected, i); });
+  for (std::thread& thread : threads) thread.join();
+  for (const auto& differences : wrong) EXPECT_EQ(differences, std::vector<std::string>());
+  EXPECT_EQ(shared.module.CanUnloadNow(), Result::kDone);
+  for (unsigned i = 0; i < kThreads; ++i) {
+    const std::string home = shared.folder.Path("thread " + std::to_string(i));
+    EXPECT_EQ(shared.profile.GetString(home, "b", ""), "b");
+    EXPECT_TRUE(shared.registry.Read()->contains(home));
+  }
+}
+
+}  // namespace
+}  // namespace wavelock
