@@ -43,6 +43,27 @@ TEST(PosixFiles, PipesAndDevicesAreRefusedWithoutWaiting) {
   }
 }
 
+TEST(PosixFiles, AReplacedFileKeepsItsRightsAndTheLinksToIt) {
+  const TemporaryFolder folder;
+  PosixFiles files;
+  const std::string old = folder.Path("old");
+  const std::string link = folder.Path("link");
+  ASSERT_TRUE(files.Open(old, OpenMode::kCreate));
+  ASSERT_EQ(chmod(old.c_str(), S_IRUSR | S_IWUSR), 0);
+  ASSERT_EQ(symlink("old", link.c_str()), 0);
+  const std::array<std::byte, 1> written{std::byte{1}};
+  {
+    const auto made = files.Open(folder.Path("new"), OpenMode::kCreate);
+    ASSERT_TRUE(made->Write(written) && made->Flush());
+  }
+  ASSERT_TRUE(files.Replace(folder.Path("new"), link));
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  EXPECT_EQ(std::filesystem::file_size(old), 1u);
+  EXPECT_EQ(std::filesystem::status(old).permissions(),
+            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+  EXPECT_FALSE(files.Exists(folder.Path("new")));
+}
+
 TEST(PosixFiles, PathsWithAZeroByteNameNoFile) {
   const TemporaryFolder folder;
   PosixFiles files;

@@ -48,7 +48,8 @@ class File {
 
   virtual std::optional<std::uint64_t> Size() = 0;
 
-  // Brings what was written to the medium itself, so that it outlasts a loss of power.
+  // Brings what was written, and the name of a file that was made, to the medium itself, so that they outlast
+  // a loss of power.
   virtual bool Flush() = 0;
 
   // Attributes of the file; nothing when they cannot be had.
@@ -87,7 +88,8 @@ class FileService {
   virtual bool SetStatus(const std::string& path, const FileStatus& status) = 0;
 
   // Puts the file `from` in the place of `to` in one step: whoever looks finds the old file or the new one,
-  // whole.
+  // whole. It gets the rights of the file that was there, and where that was reached by a link, the link
+  // stays and leads to it.
   virtual bool Replace(const std::string& from, const std::string& to) = 0;
 };
 

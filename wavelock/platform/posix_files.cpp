@@ -61,11 +61,45 @@ FileStatus StatusFrom(const struct stat& facts, const std::string& path) {
   return {.readOnly = (facts.st_mode & S_IWUSR) == 0 || RefusesWriting(path)};
 }
 
+// What stands in a file outlasts a loss of power after this; some systems keep it in the medium's own cache
+// when asked plainly.
+bool SyncToMedium(int descriptor) {
+#ifdef F_FULLFSYNC
+  if (Uninterrupted([&] { return fcntl(descriptor, F_FULLFSYNC); }) == 0) return true;
+#endif
+  return Uninterrupted([&] { return fsync(descriptor); }) == 0;
+}
+
+// The same for the names in the folder of a path. Systems that cannot do that for a folder have no need to.
+bool SyncFolderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+  PosixDescriptor descriptor(
+      Uninterrupted([&] { return open(SystemPath(folder), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+  if (!descriptor.IsOpen()) return errno == EACCES;  // a folder may let files be made and not be read
+  return SyncToMedium(descriptor.Number()) || errno == EINVAL;
+}
+
+// Gives a file that is to take another's place the rights of that other, and its owner where that is allowed.
+bool TakeRights(const std::string& from, const std::string& to) {
+  struct stat facts;
+  if (stat(SystemPath(to), &facts) != 0) return errno == ENOENT;
+  if (chown(SystemPath(from), facts.st_uid, facts.st_gid) != 0 && errno != EPERM) return false;
+  return chmod(SystemPath(from), facts.st_mode & kPermissionBits) == 0;
+}
+
+// Where a chain of symbolic links ends, or the path itself.
+std::string BehindLinks(const std::string& path) {
+  std::error_code noFile;
+  const auto target = std::filesystem::canonical(SystemPath(path), noFile);
+  return noFile ? path : target.string();
+}
+
 // Keeps its own position, so that a seek costs no call and nobody else can move it.
 class PosixFile : public File {
  public:
-  PosixFile(PosixDescriptor descriptor, std::string path)
-      : descriptor_(std::move(descriptor)), path_(std::move(path)) {}
+  PosixFile(PosixDescriptor descriptor, std::string path, bool isNew)
+      : descriptor_(std::move(descriptor)), path_(std::move(path)), hasNewName_(isNew) {}
 
   std::string Name() const override { return path_.substr(path_.rfind('/') + 1); }
   std::string Path() const override { return path_; }
@@ -82,6 +116,7 @@ class PosixFile : public File {
   PosixDescriptor descriptor_;
   std::string path_;
   std::uint64_t position_ = 0;
+  bool hasNewName_;  // which is not on the medium yet
 };
 
 // How much of `wanted` one call may ask for: it must not reach beyond the last position.
@@ -137,7 +172,9 @@ std::optional<std::uint64_t> PosixFile::Size() {
 }
 
 bool PosixFile::Flush() {
-  return Uninterrupted([&] { return fsync(descriptor_.Number()); }) == 0;
+  if (!SyncToMedium(descriptor_.Number())) return false;
+  if (hasNewName_ && SyncFolderOf(path_)) hasNewName_ = false;
+  return !hasNewName_;
 }
 
 std::optional<FileStatus> PosixFile::Status() {
@@ -161,7 +198,8 @@ std::unique_ptr<File> PosixFiles::Open(const std::string& path, OpenMode mode, s
 
   std::error_code noFolder;
   const auto fullPath = std::filesystem::absolute(path, noFolder);
-  return std::make_unique<PosixFile>(std::move(descriptor), noFolder ? path : fullPath.string());
+  return std::make_unique<PosixFile>(std::move(descriptor), noFolder ? path : fullPath.string(),
+                                     mode == OpenMode::kCreate);
 }
 
 bool PosixFiles::Exists(const std::string& path) {
@@ -188,7 +226,10 @@ bool PosixFiles::SetStatus(const std::string& path, const FileStatus& status) {
 }
 
 bool PosixFiles::Replace(const std::string& from, const std::string& to) {
-  return rename(SystemPath(from), SystemPath(to)) == 0;
+  const std::string target = BehindLinks(to);
+  if (!TakeRights(from, target) || rename(SystemPath(from), SystemPath(target)) != 0) return false;
+  SyncFolderOf(target);  // the new file is in its place, whether or not this can be made to last
+  return true;
 }
 
 }  // namespace wavelock
