@@ -294,9 +294,19 @@ bool CRecordingFile::WriteSectionRows(const float* data, int section, std::uint3
 
 // ---- copying
 
+// A plain average counts its sweeps whether or not it has sections of them.
+bool CRecordingFile::LacksStatistics() {
+  if (GetFileClass(&rawHeader) != kAverage) return false;
+  const SectionShape last = ShapeOf(rawHeader.header, kSecondFsp, static_cast<std::uint64_t>(dataStart));
+  const std::uint64_t end = HasTail() ? std::min(TailPosition(), fileSize) : fileSize;
+  return !LiesInside(last.position, last.RowBytes() * rawHeader.header.channelCount, end);
+}
+
 bool CRecordingFile::CopySections(File& target) {
+  const bool lacksStatistics = LacksStatistics();
   for (const int section : {kAverageSection, kVarianceSection, kFirstFsp, kSecondFsp}) {
-    if (!HasSection(rawHeader.header, section)) continue;
+    const bool isOfStatistics = section == kFirstFsp || section == kSecondFsp;
+    if (!HasSection(rawHeader.header, section) || (isOfStatistics && lacksStatistics)) continue;
     const SectionRules rules =
         section == kAverageSection && averageRules_ ? *averageRules_ : TakeSectionRules(section);
     if (!CopySectionRows(section, rules, target)) return false;

@@ -18,6 +18,13 @@ constexpr std::uint16_t EncodeRate(std::int32_t rate) {
   return static_cast<std::uint16_t>(rate <= kPlainRates ? rate : rate / 100 + kPlainRates);
 }
 
+// The codes that tell what a file holds, by its DataKind.
+struct KindCodes {
+  std::uint8_t fileForm;
+  std::uint8_t acquisitionMode;
+};
+inline constexpr KindCodes kKindCodes[] = {{0, 1}, {1, 0}, {2, 3}, {0, 6}, {1, 0}};
+
 // Hertz.
 inline constexpr float kLowpassHz[] = {30,   40,   50,   70,   100,  200,   500,  1000,
                                        1500, 2000, 2500, 3000, 5000, 10000, 20000};

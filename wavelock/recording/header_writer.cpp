@@ -18,13 +18,6 @@ constexpr double kGridHeight = 187;
 constexpr double kGridOriginY = 13;
 constexpr double kSecondsPerMs = 0.001;
 
-// The codes that tell what a file holds.
-struct KindCodes {
-  std::uint8_t fileForm;
-  std::uint8_t acquisitionMode;
-};
-constexpr KindCodes kKinds[] = {{0, 1}, {1, 0}, {2, 3}, {0, 6}, {1, 0}};  // by DataKind
-
 bool IsKnownKind(int dataKind) {
   return dataKind >= kAverage && dataKind <= kTimeFrequency;
 }
@@ -279,7 +272,7 @@ bool CRecordingFile::FillHeader(CSetup* from, void* buffer) {
   auto& header = *static_cast<RecordingHeader*>(buffer);
   source.UpdateTimeAxis();
   const int kind = source.dataKind;
-  if (IsKnownKind(kind)) header.fileForm = kKinds[kind].fileForm;
+  if (IsKnownKind(kind)) header.fileForm = kKindCodes[kind].fileForm;
   FillTexts(*source.subject, header);
   FillSummary(source, header);
   FillSummaryDashes(header);
@@ -290,7 +283,7 @@ bool CRecordingFile::FillHeader(CSetup* from, void* buffer) {
   FillTrigger(source, header);
   FillAxes(source, header);
   if (!IsKnownKind(kind)) return false;
-  header.acquisitionMode = kKinds[kind].acquisitionMode;
+  header.acquisitionMode = kKindCodes[kind].acquisitionMode;
   FillRawBytes(source, header);
   FillDisplay(source, header);
   FillFilter(source, header);

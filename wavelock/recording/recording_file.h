@@ -236,20 +236,26 @@ class CRecordingFile {
   //
   // Of a created recording it writes events, setup, what stands beside the samples and the header. False
   // without an open file or memory. What cannot be written on the way leaves the file as far as it stands and
-  // is not told: as the header is last, such a file cannot be opened, or lacks what could not be written.
+  // is told by IsSavedWhole alone: as the header is last, such a file cannot be opened, or lacks what could
+  // not be written.
   //
   // A recording that was opened is brought to the current form as SaveCopy does it, in its own place. False
   // when that cannot be done: the file is as it was, and the recording still open.
   virtual bool SaveAndClose(std::int64_t stamp);
 
+  // Whether the last save brought everything to the medium, with all that had been appended before. A created
+  // recording should be asked, as its SaveAndClose does not tell.
+  bool IsSavedWhole() const { return isSavedWhole_; }
+
   // Writes an opened recording, with its setup, events and annotations as they are now, to a file in the
   // current form. Samples stay the integers that they are, in whatever layout they were; what else the file
-  // holds is delivered as before. Markers of a continuous recording have no place there, which SaveAndClose
-  // reports.
+  // holds is delivered as before. Records of its tail that no tag tells of are kept, byte by byte, as they
+  // are in the file. Markers of a continuous recording have no place there, which SaveAndClose reports.
   //
   // The copy is made under another name in the folder of `path`, brought to the medium, and then takes the
   // place of whatever stands at `path`, in one step. So whenever the program or the power fails, `path` holds
-  // what it held before or the whole copy; a file named like `path` with ".new" behind it may be left over.
+  // what it held before or the whole copy; a file named like `path` with ".0.new" behind it, or another
+  // number, may be left over.
   // False, with `path` as it was, when anything cannot be read, understood or written: a file whose events or
   // pairs were not read, that holds more data than its header counts, or of which the disk gave only a part
   // when it was opened, is not copied without them.
@@ -334,6 +340,7 @@ class CRecordingFile {
   void TakeTimeOfSaving(std::int64_t stamp);
   bool WriteBehindData(File& target, std::span<std::byte> block);
   bool WriteTail(File& target);
+  bool CopyUnknownRecords(File& target);
   void SetReadOnlyIfWanted(const std::string& path);
 
   bool ReadEventRecords(int kind, std::int32_t count);
@@ -347,10 +354,11 @@ class CRecordingFile {
   bool CountsAllEpochs();
   bool WriteCopy(File& target);
   bool CopyData(File& target, int start);
-  void DescribeData(RecordingHeader& copy) const;
+  void DescribeData(RecordingHeader& copy);
   bool CopyBytes(std::uint64_t from, std::uint64_t count, File& target);
   bool CopySamples(File& target);
   bool CopyEpochs(File& target);
+  bool LacksStatistics();
   bool CopySections(File& target);
   bool CopySectionRows(int section, const SectionRules& rules, File& target);
   bool CopyPairs(File& target, int start);
@@ -385,7 +393,8 @@ class CRecordingFile {
   bool PlacePairs(const CTFDPaired& data, std::vector<std::int32_t>& positions) const;
   bool WritePair(const CTFDPaired& data, std::size_t pair, std::int32_t position);
 
-  bool isCreated_ = false;                    // by CreateFile, not opened
+  bool isCreated_ = false;  // by CreateFile, not opened
+  bool isSavedWhole_ = false;
   bool lacksSection_ = false;                 // one of those written since the file was created is not whole
   bool isReadWell_ = false;                   // no call to the disk failed while the file was opened
   bool isTranslated_ = false;                 // all of the header went into the setup

@@ -18,6 +18,15 @@ namespace {
 // The form of the tail. Readers ask before they open one that is newer than they know.
 constexpr std::int32_t kTailRevision = 1;
 
+// A file that is being made, which remembers every write that failed.
+class CreatedFile : public WatchedFile {
+ public:
+  explicit CreatedFile(std::unique_ptr<File> open) : WatchedFile(*open), open_(std::move(open)) {}
+
+ private:
+  const std::unique_ptr<File> open_;
+};
+
 }  // namespace
 
 bool CRecordingFile::CreateFile(std::string path, int width) try {
@@ -25,11 +34,13 @@ bool CRecordingFile::CreateFile(std::string path, int width) try {
   lacksSection_ = false;
   wroteStatistics = 0;
   wroteVariance = 0;
+  isSavedWhole_ = false;
   if ((width != 2 && width != 4) || !IsStorableChannelCount(setup->channelCount)) return false;
   sampleWidth = width;
   const std::vector<std::byte> hole(HeaderSizeFor(setup->channelCount));
-  file = host.files.Open(path, OpenMode::kCreate);
-  if (!file) return false;
+  std::unique_ptr<File> made = host.files.Open(path, OpenMode::kCreate);
+  if (!made) return false;
+  file = std::make_unique<CreatedFile>(std::move(made));
   fileName = file->Name();
   filePath = file->Path();
   if (!file->Write(hole)) {
@@ -66,7 +77,8 @@ bool CRecordingFile::SaveAndClose(std::int64_t stamp) try {
   if (stamp != 0) TakeTimeOfSaving(stamp);
   std::vector<std::byte> block(static_cast<std::size_t>(HeaderSize()));
   FillHeader(setup.get(), block.data());
-  WriteBehindData(*file, block);
+  const auto* const created = dynamic_cast<const CreatedFile*>(file.get());
+  isSavedWhole_ = WriteBehindData(*file, block) && created != nullptr && !created->HasFailed();
   file.reset();
   fileName.clear();
   filePath.clear();
@@ -120,6 +132,7 @@ bool CRecordingFile::WriteTail(File& target) {
   } else {
     isWhole = markerList.Save(tail);
   }
+  isWhole = (isCreated_ || CopyUnknownRecords(target)) && isWhole;
   Stored<std::int32_t> revision;
   revision = kTailRevision;
   return tail.WriteSection(tag::kTailRevision, sizeof revision, &revision, 0) && isWhole;

@@ -11,7 +11,10 @@
 #include "wavelock/numerics/positions.h"
 #include "wavelock/platform/replacing.h"
 #include "wavelock/prompts/messages.h"
+#include "wavelock/recording/header_tables.h"
 #include "wavelock/recording/recording_file.h"
+#include "wavelock/setup/section_tags.h"
+#include "wavelock/setup/tff_file.h"
 
 namespace wavelock {
 namespace {
@@ -19,13 +22,29 @@ namespace {
 // Bytes that are copied at a time.
 constexpr std::uint64_t kCopiedAtOnce = 1024 * 1024;
 
+// Whether a save writes all records of a tag from what was read. Derived channels are not read when the
+// derivation file that they follow is not there.
+bool IsWrittenAnew(std::uint32_t tag, const CSetup& setup) {
+  constexpr std::uint32_t kTagsOfGroup = tag::kFirstDerivedChannel[1] - tag::kFirstDerivedChannel[0];
+  const std::uint32_t group = (tag - tag::kFirstDerivedChannel[0]) / kTagsOfGroup;
+  if (tag >= tag::kFirstDerivedChannel[0] && group < kDerivationFileCount) {
+    return setup.derivedCount[group] > 0;
+  }
+  return tag::IsKnown(tag);
+}
+
+bool IsAverage(int dataKind) {
+  return dataKind == kAverage || dataKind == kAverageWithStatistics;
+}
+
 }  // namespace
 
 bool CRecordingFile::SaveOpened(std::int64_t stamp) {
   if (!file && !keptData) return false;
   if (stamp != 0) TakeTimeOfSaving(stamp);
   const std::string path = filePath;
-  if (!SaveCopy(path)) return false;
+  isSavedWhole_ = SaveCopy(path);
+  if (!isSavedWhole_) return false;
   if (setup->dataKind == kContinuous && markerList.GetCount() > 0) {
     ReportMessage(NumberedMessage(MessageNumber::kMarkersNotSaved, fileName));
   }
@@ -56,7 +75,9 @@ bool CRecordingFile::SaveCopy(std::string path) try {
 bool CRecordingFile::IsKnownWhole() {
   const int fileClass = GetFileClass(&rawHeader);
   if (!isReadWell_ || !isTranslated_ || dataStart < 0 || file->Size() != fileSize) return false;
-  if (setup->channelCount != rawHeader.header.channelCount || setup->dataKind != fileClass) return false;
+  const bool isSameKind =
+      setup->dataKind == fileClass || (IsAverage(setup->dataKind) && IsAverage(fileClass));
+  if (!isSameKind || setup->channelCount != rawHeader.header.channelCount) return false;
   switch (fileClass) {
     case kContinuous:
       return eventsAreKnown_ && CountsAllSamples();
@@ -92,7 +113,7 @@ bool CRecordingFile::CopyData(File& target, int start) {
 }
 
 // The shape of the data is what the file has, whatever the setup says.
-void CRecordingFile::DescribeData(RecordingHeader& copy) const {
+void CRecordingFile::DescribeData(RecordingHeader& copy) {
   const RecordingHeader& header = rawHeader.header;
   if (setup->dataKind == kContinuous) return;
   copy.pointCount = header.pointCount;
@@ -102,6 +123,24 @@ void CRecordingFile::DescribeData(RecordingHeader& copy) const {
   if (setup->dataKind == kEpochs) return;
   copy.acceptedSweeps = header.acceptedSweeps;
   copy.hasVariance = header.hasVariance;
+  copy.acquisitionMode = kKindCodes[GetFileClass(&rawHeader)].acquisitionMode;
+}
+
+// A record that the file ends in stays behind, and one without a tag, which no container may hold.
+bool CRecordingFile::CopyUnknownRecords(File& target) {
+  if (!HasTail()) return true;
+  CTffFile from(*file, TailPosition());
+  CTffFile to(target, target.Position().value_or(0));
+  for (const CTffFile::Entry& entry : from.Entries()) {
+    const std::uint64_t payload = entry.position + sizeof(TffRecord);
+    const std::uint32_t length = entry.record.length;
+    const std::uint32_t tag = entry.record.tag;
+    if (tag == 0 || IsWrittenAnew(tag, *setup) || !LiesInside(payload, length, fileSize)) continue;
+    if (!to.WriteSection(tag, length, nullptr, entry.record.version) || !CopyBytes(payload, length, target)) {
+      return false;
+    }
+  }
+  return true;
 }
 
 bool CRecordingFile::CopyBytes(std::uint64_t from, std::uint64_t count, File& target) {

@@ -41,4 +41,35 @@ inline constexpr std::uint32_t kOverlayCoefficient = 60003;
 // Closes the tail of a recording with the revision of its form.
 inline constexpr std::uint32_t kTailRevision = 70000;
 
+// Whether a tag is one of these, or of a run's, whose first tags are followed by as many as the run may have.
+constexpr bool IsKnown(std::uint32_t tag) {
+  struct Run {
+    std::uint32_t first;
+    std::uint32_t count;
+  };
+  constexpr Run kRuns[] = {
+      {kMain, 4},
+      {kSpectrum, 7},
+      {kWaveformSources, 1},
+      {kWaveformSlots, 1},
+      {kWaveformNames, 1},
+      {kFirstChannel, 7000},
+      {kSourceName, 1},
+      {kFirstDerivedChannel[0], 15000},
+      {kLabel, 21},
+      {kFirstArtifactLabel, 20},
+      {kSubject, 1},
+      {kMarker, 1},
+      {kOverlayParameters, 4},
+      {kTailRevision, 1},
+      {kFirstRecordTableEntry, 321},
+      {kFirstAuxInput, 16},
+  };
+  for (const Run& run : kRuns) {
+    if (tag - run.first < run.count) return true;
+  }
+  return false;
+}
+static_assert(IsKnown(kMain + 3) && !IsKnown(kMain + 4) && IsKnown(kParamsB) && !IsKnown(kParamsB + 1));
+
 }  // namespace wavelock::tag
