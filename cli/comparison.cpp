@@ -8,6 +8,7 @@
 #include <span>
 #include <string_view>
 
+#include "cli/unread_parts.h"
 #include "wavelock/setup/visit_leaves.h"
 
 namespace wavelock::command {
@@ -71,15 +72,51 @@ bool SameEpochs(CRecordingFile& before, CRecordingFile& after) {
   return true;
 }
 
+// ---- what stands beside the samples
+
+bool SameCorrections(const CCorrectionOverlay& before, const CCorrectionOverlay& after) {
+  const auto same = [](const auto& a, const auto& b) {
+    return a->firstSample == b->firstSample && a->endSample == b->endSample &&
+           SameBytes(a->coefficients.Elements(), b->coefficients.Elements());
+  };
+  const auto old = before.Segments();
+  const auto now = after.Segments();
+  return SameBytes(before.Rows(), after.Rows()) &&
+         std::equal(old.begin(), old.end(), now.begin(), now.end(), same);
+}
+
+bool SameLabels(const CLabelList& before, const CLabelList& after) {
+  const auto same = [](const LabelEntry& a, const LabelEntry& b) {
+    return a.value == b.value && a.text == b.text;
+  };
+  const auto old = before.Entries();
+  const auto now = after.Entries();
+  return std::equal(old.begin(), old.end(), now.begin(), now.end(), same);
+}
+
+bool SameMarkers(const CMarkerList& before, const CMarkerList& after) {
+  if (before.GetCount() != after.GetCount()) return false;
+  for (std::int32_t i = 0; i < before.GetCount(); ++i) {
+    const CMarker& a = *before.GetAt(i);
+    const CMarker& b = *after.GetAt(i);
+    if (a.sampleIndex != b.sampleIndex || a.channel != b.channel || a.epoch != b.epoch ||
+        a.GetLabel(false) != b.GetLabel(false) || a.name != b.name || a.text != b.text) {
+      return false;
+    }
+  }
+  return true;
+}
+
 // ---- what is lost
 
 using Values = std::map<std::string, std::string>;
 
 // What a save writes about itself, and what every reader of a setup works out anew.
 bool IsOfTheFile(std::string_view path) {
-  constexpr std::string_view kOfTheFile[] = {"fromRecording", "writerVersionMajor", "writerVersionMinor",
-                                             "modified",      "setupFileName",      "waveforms.slots",
-                                             "paramsB.bLevel"};
+  constexpr std::string_view kOfTheFile[] = {"fromRecording",      "writerVersionMajor", "writerVersionMinor",
+                                             "modified",           "setupFileName",      "waveforms.slots",
+                                             "paramsB.bLevel",     "paramsB.bSpare",     "auxInputs.auxSlope",
+                                             "auxInputs.auxOffset"};
   return std::any_of(std::begin(kOfTheFile), std::end(kOfTheFile),
                      [path](std::string_view prefix) { return path.starts_with(prefix); });
 }
@@ -121,10 +158,13 @@ void AddCounted(const std::map<std::string, int>& changes, std::vector<std::stri
   }
 }
 
+// The end of a spectrum is no time, and every reader works it out anew.
 void AddChangedFields(const CSetup& before, const CSetup& after, std::vector<std::string>& losses) {
   const Values now = ValuesOf(after);
+  Values old = ValuesOf(before);
+  if (before.frequencyDomain != 0) old.erase("timeEnd");
   std::map<std::string, int> changes;
-  for (const auto& [path, value] : ValuesOf(before)) {
+  for (const auto& [path, value] : old) {
     const auto found = now.find(path);
     const std::string changed = found == now.end() ? "nothing" : found->second;
     if (changed != value) ++changes[fmt::format("{}: {} became {}", WithoutIndexes(path), value, changed)];
@@ -132,8 +172,10 @@ void AddChangedFields(const CSetup& before, const CSetup& after, std::vector<std
   AddCounted(changes, losses);
 }
 
-// Fields of the header that a setup has no place for.
-void AddLostFields(const HeaderImage& before, const HeaderImage& after, std::vector<std::string>& losses) {
+// Fields of the header that a setup has no place for. Without a tail the filters of the first channel become
+// those of all.
+void AddLostFields(const HeaderImage& before, const HeaderImage& after, bool hasTail,
+                   std::vector<std::string>& losses) {
   std::map<std::string, int> changes;
   const auto add = [&changes](std::string_view path, int old, int now) {
     if (old != now) ++changes[fmt::format("header {}: {} became {}", path, old, now)];
@@ -146,6 +188,11 @@ void AddLostFields(const HeaderImage& before, const HeaderImage& after, std::vec
     add("channelFlagB", old.channelFlagB, now.channelFlagB);
     add("channelLink", old.channelLink, now.channelLink);
     add("boxScale", old.boxScale, now.boxScale);
+    if (hasTail) continue;
+    if (old.lowpassIndex != before.channels[0].lowpassIndex)
+      add("lowpassIndex", old.lowpassIndex, now.lowpassIndex);
+    if (old.highpassIndex != before.channels[0].highpassIndex)
+      add("highpassIndex", old.highpassIndex, now.highpassIndex);
   }
   AddCounted(changes, losses);
 }
@@ -158,26 +205,29 @@ bool HoldSameData(CRecordingFile& before, CRecordingFile& after) {
   switch (kind) {
     case kContinuous:
       return SameSamples(before, after) &&
-             SameBytes(before.GetEventTable().Elements(), after.GetEventTable().Elements());
+             SameBytes(before.GetEventTable().Elements(), after.GetEventTable().Elements()) &&
+             SameCorrections(before.overlay, after.overlay) && SameLabels(before.labelList, after.labelList);
     case kEpochs:
-      return SameEpochs(before, after);
+      return SameMarkers(before.markerList, after.markerList) && SameEpochs(before, after);
     case kTimeFrequency:
-      return SamePairs(before.BuildPairedData(), after.BuildPairedData());
+      return SameMarkers(before.markerList, after.markerList) &&
+             SamePairs(before.BuildPairedData(), after.BuildPairedData());
     default:
-      return SameSets(before.LoadDataObject(0), after.LoadDataObject(0));
+      return SameMarkers(before.markerList, after.markerList) &&
+             SameSets(before.LoadDataObject(0), after.LoadDataObject(0));
   }
 }
 
 std::vector<std::string> Losses(CRecordingFile& before, CRecordingFile& after) {
-  constexpr int kLayoutWithLeadingWord = 2;
   std::vector<std::string> losses;
   AddChangedFields(*before.GetSetup(), *after.GetSetup(), losses);
-  AddLostFields(before.rawHeader, after.rawHeader, losses);
+  AddLostFields(before.rawHeader, after.rawHeader, HasReadTail(before), losses);
   const std::int32_t markers = before.markerList.GetCount() - after.markerList.GetCount();
   if (markers != 0)
     losses.push_back(fmt::format("{} markers, which a continuous recording has no place for", markers));
-  if (before.rawHeader.header.sampleLayout == kLayoutWithLeadingWord)
-    losses.emplace_back("the word ahead of each sample");
+  for (const auto& parts : {UnreadParts(before), LostRecords(before, after)}) {
+    losses.insert(losses.end(), parts.begin(), parts.end());
+  }
   return losses;
 }
 

@@ -8,7 +8,8 @@
 
 namespace wavelock::command {
 
-// Every stored integer, every event, every epoch's head, every value of a data set or a pair.
+// Every stored integer, event, correction, label and marker, every epoch's head, every value of a data set or
+// a pair. Markers of a continuous recording do not count.
 bool HoldSameData(CRecordingFile& before, CRecordingFile& after);
 
 // In words, one for each: fields that have another value afterwards, and what has no place in the new file.

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "cli/comparison.h"
@@ -29,7 +30,7 @@ constexpr char kExamples[] =
     "  wavelock upgrade --in-place night.rec\n"
     "\n"
     "Both files are read back and compared before the new one gets its name. What the current form has no\n"
-    "place for is told, and the exit code is then 3.\n";
+    "place for is told, and the exit code is then 3. A file that fails does not stop the others.\n";
 
 struct Options {
   std::vector<std::string> paths{};
@@ -93,21 +94,23 @@ class UpgradeFiles : public ReadOnlyFiles {
 // A file under a name of its own until it is found to be good; removed when it is not.
 class Staged {
  public:
-  explicit Staged(const std::string& target) : path_(target + ".unverified"), target_(target) {}
+  explicit Staged(const std::string& target)
+      : path_(target + ".unverified"), target_(target), isFree_(!fs::exists(path_)) {}
   ~Staged() {
     std::error_code error;
-    if (!isPlaced_) fs::remove(path_, error);
+    if (isFree_ && !isPlaced_) fs::remove(path_, error);
   }
   Staged(const Staged&) = delete;
   Staged& operator=(const Staged&) = delete;
 
   const std::string& Path() const { return path_; }
-  bool IsFree() const { return !fs::exists(path_); }
+  bool IsFree() const { return isFree_; }  // whether nothing of that name was there
   bool Place() { return isPlaced_ = Host::Default().files.Replace(path_, target_); }
 
  private:
   const std::string path_;
   const std::string target_;
+  const bool isFree_;
   bool isPlaced_ = false;
 };
 
@@ -119,7 +122,12 @@ std::uint64_t SizeOf(const std::string& path) {
 
 // Empty, with the reason said, when nothing may be written there.
 std::string TargetOf(const std::string& path, const Options& options) {
-  if (options.inPlace) return path;
+  if (options.inPlace) {
+    const auto status = Host::Default().files.Status(path);
+    if (!status || !status->readOnly) return path;
+    Complain(path, "The recording is read-only and stays as it is.");
+    return {};
+  }
   const fs::path target = fs::path(options.folder) / fs::path(path).filename();
   std::error_code error;
   if (fs::equivalent(target, path, error)) {
@@ -138,13 +146,27 @@ bool Fail(const std::string& path, std::string_view why) {
   return false;
 }
 
+// Why a recording that was opened could not be copied.
+std::string_view WhyNotSaved(CRecordingFile& recording, const NamedModalInterface& modal) {
+  constexpr std::pair<MessageNumber, std::string_view> kLosses[] = {
+      {MessageNumber::kRateRefused, "It cannot be upgraded: its header tells no time axis."},
+      {MessageNumber::kEventsNotRead, "It cannot be upgraded: its events cannot be read."},
+      {MessageNumber::kPairMatrixNotRead, "It cannot be upgraded: its channel pairs cannot be read."}};
+  if (recording.GetFileClass(&recording.rawHeader) == kUnreadable)
+    return "It cannot be upgraded: it is not known what kind of data it holds.";
+  for (const auto& [number, why] : kLosses) {
+    if (modal.HasShown(number)) return why;
+  }
+  return "It cannot be upgraded: its header, its tail and its data do not agree, or the copy cannot be "
+         "written.";
+}
+
 // The copy gets its name when it holds what the recording holds.
-bool WriteUpgraded(CRecordingFile& recording, Result& result) {
+bool WriteUpgraded(CRecordingFile& recording, const NamedModalInterface& modal, Result& result) {
   Staged staged(result.output);
   if (!staged.IsFree()) return Fail(staged.Path(), "The file stands in the way of an upgrade.");
   if (!recording.SaveCopy(staged.Path())) {
-    return Fail(result.path,
-                "It cannot be upgraded: not all of it can be read, or the copy cannot be written.");
+    return Fail(result.path, WhyNotSaved(recording, modal));
   }
   {
     ReadOnlyFiles files(Host::Default().files);
@@ -168,7 +190,7 @@ Result Upgrade(const std::string& path, const Options& options, const Output& ou
   NamedModalInterface modal(Host::Default().modal, path);
   Host host{files, Host::Default().profile, modal, Host::Default().process};
   CRecordingFile recording(0, host);
-  if (!recording.OpenFile(path) || !WriteUpgraded(recording, result)) return result;
+  if (!recording.OpenFile(path) || !WriteUpgraded(recording, modal, result)) return result;
   result.code = result.losses.empty() ? kDone : kDoneWithLoss;
   return result;
 }
