@@ -7,6 +7,7 @@ namespace wavelock::command {
 
 MakeSubcommand MakeAverage;
 MakeSubcommand MakeCall;
+MakeSubcommand MakeDemo;
 MakeSubcommand MakeEpoch;
 MakeSubcommand MakeEpochs;
 MakeSubcommand MakeEvents;
@@ -24,6 +25,7 @@ MakeSubcommand MakeUpgrade;
 inline constexpr MakeSubcommand* kSubcommands[] = {
     MakeInfo,  MakeSamples, MakeEvents,   MakeMarkers, MakeLabels, MakeEpochs,   MakeEpoch,   MakeAverage,
     MakePairs, MakeSetup,   MakeSections, MakeFormat,  MakeCall,   MakeRegister, MakeUpgrade,
+    MakeDemo,
 };
 
 }  // namespace wavelock::command

@@ -1,4 +1,4 @@
-# cmake -D BUILD=... -D CXX=... -D CXX_FLAGS=... -D DEMO=... -P check.cmake
+# cmake -D BUILD=... -D CXX=... -D CXX_FLAGS=... -D COMMAND=... -P check.cmake
 # Installs the build into a prefix of its own, moves it, and builds a consumer against it by find_package and, where
 # there is one, by pkg-config.
 set(folder ${BUILD}/consumer)
@@ -11,12 +11,12 @@ endfunction()
 
 function(check program)
   run(${program} ${folder}/recordings/continuous.rec)
-  if(NOT output STREQUAL "32 channels, 15000 samples\n")
+  if(NOT output STREQUAL "32 channels, 15360 samples\n")
     message(FATAL_ERROR "${program} says ${output}")
   endif()
 endfunction()
 
-run(${DEMO} ${folder}/recordings)
+run(${COMMAND} demo ${folder}/recordings)
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${folder}/first)
 file(RENAME ${folder}/first ${folder}/prefix)
 

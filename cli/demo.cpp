@@ -1,0 +1,68 @@
+// wavelock demo: recordings of a made-up session, to try everything else on.
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <system_error>
+
+#include "cli/complaint.h"
+#include "cli/demo_recordings.h"
+#include "cli/options.h"
+#include "cli/subcommands.h"
+
+namespace wavelock::command {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kExamples[] =
+    "Examples:\n"
+    "  wavelock demo demo && wavelock info demo/*.rec\n"
+    "  wavelock demo demo --seed 2 --force\n"
+    "\n"
+    "One recording of every kind, and a setup file. The same seed gives the same files, byte by byte.\n";
+
+struct Options {
+  std::string folder{};
+  std::uint64_t seed = 1;
+  bool force = false;
+};
+
+bool IsFree(const fs::path& path) {
+  std::error_code error;
+  if (!fs::exists(path, error)) return true;
+  Complain(path.string(), "The file exists. With --force it is overwritten.");
+  return false;
+}
+
+ExitCode Run(const Options& options) {
+  const fs::path folder = options.folder;
+  if (!options.force) {
+    for (const std::string& name : DemoFileNames()) {
+      if (!IsFree(folder / name)) return kFailed;
+    }
+  }
+  std::error_code error;
+  fs::create_directories(folder, error);
+  const std::string missing = MakeDemoFiles(options.folder, options.seed);
+  if (missing.empty()) return kDone;
+  Complain((folder / missing).string(), "The file cannot be written.");
+  return kFailed;
+}
+
+}  // namespace
+
+Subcommand MakeDemo(CLI::App& program) {
+  CLI::App* const parser = program.add_subcommand("demo", "Make recordings of every kind to try things on");
+  const auto options = std::make_shared<Options>();
+  parser->add_option("DIR", options->folder, "The folder for them, which is made if there is none")
+      ->type_name("")
+      ->required();
+  AddCount(*parser, "--seed", options->seed, "What happens in the session, 1 if nothing is said");
+  parser->add_flag("--force", options->force, "Overwrite files that exist");
+  parser->footer(kExamples);
+  return {parser, [options] { return Run(*options); }};
+}
+
+}  // namespace wavelock::command
