@@ -20,12 +20,19 @@ bool MayBeReplaced(FileService& files, const std::string& path) {
   return !path.empty() && !(status && status->readOnly);
 }
 
-// The file is closed again, so that systems that lock what is open can rename it.
+// The file is closed again before anything else is done to it, so that systems that lock what is open can
+// rename it.
 bool WriteWhole(FileService& files, const std::string& path, const std::function<bool(File&)>& write) try {
   const std::unique_ptr<File> file = files.Open(path, OpenMode::kCreate);
   if (!file) return false;
   WatchedFile watched(*file);
   return write(watched) && watched.Flush() && !watched.HasFailed();
+} catch (const std::bad_alloc&) {
+  return false;
+}
+
+bool PutInPlace(FileService& files, const std::string& written, const std::string& path) try {
+  return files.Replace(written, path);
 } catch (const std::bad_alloc&) {
   return false;
 }
@@ -42,7 +49,7 @@ bool ReplaceWhole(FileService& files, const std::string& path, const std::functi
   if (!MayBeReplaced(files, path)) return false;
   const std::string written = FreeNameBeside(files, path);
   if (written.empty()) return false;
-  if (WriteWhole(files, written, write) && files.Replace(written, path)) return true;
+  if (WriteWhole(files, written, write) && PutInPlace(files, written, path)) return true;
   files.Delete(written);
   return false;
 } catch (const std::bad_alloc&) {

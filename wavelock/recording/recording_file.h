@@ -235,9 +235,9 @@ class CRecordingFile {
   // date and time of recording.
   //
   // Of a created recording it writes events, setup, what stands beside the samples and the header. False
-  // without an open file or memory. What cannot be written on the way leaves the file as far as it stands and
-  // is told by IsSavedWhole alone: as the header is last, such a file cannot be opened, or lacks what could
-  // not be written.
+  // without an open file or memory. Anything that cannot be written on the way leaves the file as far as it
+  // stands and is told by IsSavedWhole alone: as the header is last, such a file cannot be opened, or lacks
+  // what could not be written.
   //
   // A recording that was opened is brought to the current form as SaveCopy does it, in its own place. False
   // when that cannot be done: the file is as it was, and the recording still open.
@@ -393,10 +393,10 @@ class CRecordingFile {
   bool PlacePairs(const CTFDPaired& data, std::vector<std::int32_t>& positions) const;
   bool WritePair(const CTFDPaired& data, std::size_t pair, std::int32_t position);
 
-  bool isCreated_ = false;  // by CreateFile, not opened
-  bool isSavedWhole_ = false;
+  bool isCreated_ = false;                    // by CreateFile, not opened
   bool lacksSection_ = false;                 // one of those written since the file was created is not whole
   bool isReadWell_ = false;                   // no call to the disk failed while the file was opened
+  bool isSavedWhole_ = false;                 // all of the last save of a created recording arrived
   bool isTranslated_ = false;                 // all of the header went into the setup
   bool eventsAreKnown_ = false;               // all that there are
   std::optional<SectionRules> averageRules_;  // that the average was read with
