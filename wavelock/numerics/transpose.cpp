@@ -11,7 +11,7 @@ constexpr std::size_t kSquare = 4;
 
 // Tiles are long on the side on which the matrix is, so that few places of memory are read and written at a
 // time, and as broad as one line of the cache.
-constexpr std::size_t kLong = 64;
+constexpr std::size_t kLong = 256;
 constexpr std::size_t kBroad = 16;
 
 void TransposeSquare(const float* in, std::size_t inStride, float* out, std::size_t outStride) {
