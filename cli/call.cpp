@@ -270,6 +270,7 @@ bool OpenFile(Dispatch& control, const std::string& path) {
 ExitCode CallMethod(Dispatch& control, const MethodInfo& method, std::vector<Argument>& arguments,
                     bool asJson) {
   std::vector<Variant> passed;
+  passed.reserve(arguments.size());
   for (Argument& argument : arguments) passed.push_back(Passed(argument));
   Variant result;
   const Result called = control.Invoke(method.id, passed.data(), method.parameterCount, &result, nullptr);

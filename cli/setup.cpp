@@ -115,7 +115,8 @@ bool HasObjects(const ordered_json& value) {
 
 void AddLines(const std::string& path, const ordered_json& value, std::string& text) {
   if (!HasObjects(value)) {
-    text += path + "\t" + (value.is_string() ? Printable(value.get<std::string>()) : value.dump()) + "\n";
+    const std::string shown = value.is_string() ? Printable(value.get<std::string>()) : value.dump();
+    text += fmt::format("{}\t{}\n", path, shown);
   } else if (value.is_object()) {
     for (const auto& [name, field] : value.items())
       AddLines(path.empty() ? name : path + "." + name, field, text);

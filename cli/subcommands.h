@@ -24,8 +24,7 @@ MakeSubcommand MakeUpgrade;
 
 inline constexpr MakeSubcommand* kSubcommands[] = {
     MakeInfo,  MakeSamples, MakeEvents,   MakeMarkers, MakeLabels, MakeEpochs,   MakeEpoch,   MakeAverage,
-    MakePairs, MakeSetup,   MakeSections, MakeFormat,  MakeCall,   MakeRegister, MakeUpgrade,
-    MakeDemo,
+    MakePairs, MakeSetup,   MakeSections, MakeFormat,  MakeCall,   MakeRegister, MakeUpgrade, MakeDemo,
 };
 
 }  // namespace wavelock::command

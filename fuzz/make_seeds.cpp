@@ -36,7 +36,8 @@ Bytes BytesOfText(std::string_view text) {
 
 using Sections = std::vector<RecordingBuilder::Section>;
 
-// The records of a container as the builder takes them, without those that can be missed and would make every input large.
+// The records of a container as the builder takes them, without those that can be missed and would make every
+// input large.
 Sections SectionsOf(const Bytes& container) {
   constexpr std::uint32_t kMostBytes = 16384;
   FuzzHost fuzz;

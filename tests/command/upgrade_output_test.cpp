@@ -168,7 +168,8 @@ TEST_F(UpgradeOutput, OneBadFileDoesNotStopTheOthers) {
   }
   EXPECT_THAT(Names("out"), ElementsAre("good.rec"));
   EXPECT_THAT(Names("."), ElementsAre("cut.rec", "good.rec", "out", "text.rec"));
-  EXPECT_THAT(folder.Wavelock("upgrade -o out cut.rec").err, HasSubstr("cut.rec: It cannot be upgraded: its events"));
+  EXPECT_THAT(folder.Wavelock("upgrade -o out cut.rec").err,
+              HasSubstr("cut.rec: It cannot be upgraded: its events"));
 }
 
 TEST_F(UpgradeOutput, NothingIsOverwrittenUnasked) {

@@ -40,7 +40,7 @@ bool CMarker::Serialize(Archive& archive) {
     CMarker marker = *this;
     marker.Exchange(archive);
     if (archive.HasFailed()) return false;
-    if (!archive.IsStoring()) *this = std::move(marker);
+    if (!archive.IsStoring()) *this = marker;
     return true;
   } catch (const std::bad_alloc&) {
     archive.Fail();

@@ -12,7 +12,8 @@ template <class Integer>
 constexpr Integer Truncate(double value) {
   // Exact as doubles: the least value, and the first one above the range.
   constexpr double kLeast = static_cast<double>(std::numeric_limits<Integer>::min());
-  constexpr double kAbove = static_cast<double>(Integer{1} << (std::numeric_limits<Integer>::digits - 1)) * 2.0;
+  constexpr double kAbove =
+      static_cast<double>(Integer{1} << (std::numeric_limits<Integer>::digits - 1)) * 2.0;
   if (value != value) return 0;
   if (value >= kAbove) return std::numeric_limits<Integer>::max();
   if (value < kLeast) return std::numeric_limits<Integer>::min();

@@ -268,7 +268,7 @@ void TakeChannels(HeaderImage& image, CSetup& setup) {
 
 // ---- the subject
 
-std::string OrUnspecified(std::string text) {
+std::string OrUnspecified(const std::string& text) {
   return text.empty() ? "Unspecified" : text;
 }
 
