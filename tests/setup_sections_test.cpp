@@ -449,7 +449,7 @@ TEST_F(SetupSections, MissingSectionsLeaveWhatTheyAreToLeave) {
   EXPECT_EQ(s.paramsB.bLevel, 100.0F);
   EXPECT_EQ(s.paramsB.bField44, 5);
   EXPECT_EQ(s.paramsB.bSpare, 1);
-  EXPECT_EQ(s.paramsB.bFilter.spec.value2, 15.0F);
+  EXPECT_EQ(s.paramsB.bFilter.description.value2, 15.0F);
   EXPECT_EQ(s.paramsC.cCount, 5);
   EXPECT_EQ(s.block1010[0], 0);
   EXPECT_EQ(s.auxInputs.auxSlope[0], 5.0F);

@@ -286,7 +286,7 @@ ParamsB ParamsBOfOlderSetups() {
   params.bLevel = kUsualLevelB;
   params.bField44 = 5;
   params.bSpare = 1;
-  params.bFilter.spec.value2 = 15;
+  params.bFilter.description.value2 = 15;
   return params;
 }
 

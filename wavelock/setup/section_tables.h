@@ -41,7 +41,7 @@ struct LongFilterSpecLayout {
   static constexpr std::uint32_t kSize = 68;
   static constexpr std::uint16_t kVersion = 0;
   static constexpr Row<Model> kRows[] = {
-      WAVELOCK_ROW(0, Image<FilterSpecLayout>, spec),
+      WAVELOCK_ROW(0, Image<FilterSpecLayout>, description),
       WAVELOCK_ROW(48, I32, values12To16),
   };
 };

@@ -33,7 +33,7 @@ static_assert(sizeof(FilterSpec) == 12 * 4);
 
 // The same with five more words.
 struct LongFilterSpec {
-  FilterSpec spec{};
+  FilterSpec description{};
   std::array<std::int32_t, 5> values12To16{};
 };
 static_assert(sizeof(LongFilterSpec) == 17 * 4);

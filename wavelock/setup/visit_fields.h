@@ -53,7 +53,7 @@ void VisitElements(Filter& filter, Visitor&& visit) {
 
 template <ConstOrNot<LongFilterSpec> Filter, class Visitor>
 void VisitElements(Filter& filter, Visitor&& visit) {
-  VisitElements(filter.spec, visit);
+  VisitElements(filter.description, visit);
   for (std::size_t i = 0; i < filter.values12To16.size(); ++i) visit(12 + i, filter.values12To16[i]);
 }
 
