@@ -10,6 +10,7 @@
 #include "cli/demo_recordings.h"
 #include "cli/options.h"
 #include "cli/subcommands.h"
+#include "wavelock/platform/host.h"
 
 namespace wavelock::command {
 namespace {
@@ -20,12 +21,17 @@ constexpr char kExamples[] =
     "Examples:\n"
     "  wavelock demo demo && wavelock info demo/*.rec\n"
     "  wavelock demo demo --seed 2 --force\n"
+    "  wavelock demo small --seconds 5 --channels 2\n"
     "\n"
-    "One recording of every kind, and a setup file. The same seed gives the same files, byte by byte.\n";
+    "One recording of every kind, and a setup file. The same session gives the same files, byte by byte.\n";
+
+constexpr std::uint32_t kLeastSeconds = 5;
+constexpr std::uint32_t kMostSeconds = 600;
+constexpr std::size_t kFewestChannels = 2;
 
 struct Options {
   std::string folder{};
-  std::uint64_t seed = 1;
+  DemoPlan session{};
   bool force = false;
 };
 
@@ -45,7 +51,7 @@ ExitCode Run(const Options& options) {
   }
   std::error_code error;
   fs::create_directories(folder, error);
-  const std::string missing = MakeDemoFiles(options.folder, options.seed);
+  const std::string missing = MakeDemoFiles(Host::Default().files, options.folder, options.session);
   if (missing.empty()) return kDone;
   Complain((folder / missing).string(), "The file cannot be written.");
   return kFailed;
@@ -59,7 +65,12 @@ Subcommand MakeDemo(CLI::App& program) {
   parser->add_option("DIR", options->folder, "The folder for them, which is made if there is none")
       ->type_name("")
       ->required();
-  AddCount(*parser, "--seed", options->seed, "What happens in the session, 1 if nothing is said");
+  AddCount(*parser, "--seed", options->session.seed, "What happens in the session, 1 if nothing is said");
+  AddCount(*parser, "--seconds", options->session.seconds, "How long it lasts, 60 if nothing is said")
+      ->check(CLI::Range(kLeastSeconds, kMostSeconds));
+  AddCount(*parser, "--channels", options->session.channels,
+           "The first of the 32 electrodes, all if nothing is said")
+      ->check(CLI::Range(kFewestChannels, kDemoElectrodeCount));
   parser->add_flag("--force", options->force, "Overwrite files that exist");
   parser->footer(kExamples);
   return {parser, [options] { return Run(*options); }};

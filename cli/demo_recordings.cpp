@@ -4,6 +4,7 @@
 #include <cmath>
 #include <filesystem>
 #include <memory>
+#include <numeric>
 #include <optional>
 #include <span>
 #include <utility>
@@ -26,10 +27,12 @@ class NoProcess : public Process {
 };
 
 struct DemoHost {
+  explicit DemoHost(FileService& files) : host{files, profile, modal, process} {}
+
   MemoryProfileStore profile{};
   SilentModalInterface modal{};
   NoProcess process{};
-  Host host{Host::Default().files, profile, modal, process};
+  Host host;
 };
 
 constexpr int kSilent = 1;
@@ -98,14 +101,10 @@ void DescribeSession(CSetup& setup, const std::vector<std::size_t>& channels) {
   DescribeSubject(setup);
 }
 
-std::vector<std::size_t> AllChannels() {
-  std::vector<std::size_t> channels(kDemoChannels);
-  for (std::size_t c = 0; c < channels.size(); ++c) channels[c] = c;
-  return channels;
-}
-
-void DescribeSession(CSetup& setup) {
-  DescribeSession(setup, AllChannels());
+void DescribeSession(CSetup& setup, std::size_t channelCount) {
+  std::vector<std::size_t> channels(channelCount);
+  std::iota(channels.begin(), channels.end(), std::size_t{0});
+  DescribeSession(setup, channels);
 }
 
 std::uint32_t SizeOf(std::span<const float> values) {
@@ -135,9 +134,9 @@ bool AddEvents(const DemoSession& session, CRecordingFile& recording) {
   return true;
 }
 
-bool AddLabels(CRecordingFile& recording) {
+bool AddLabels(const DemoSession& session, CRecordingFile& recording) {
   return recording.labelList.Add({"eyes closed", 0}) &&
-         recording.labelList.Add({"second half", kDemoSamples / 2});
+         recording.labelList.Add({"second half", session.samples / 2});
 }
 
 // An offset of each electrode, in microvolts.
@@ -145,39 +144,38 @@ float OffsetOf(std::size_t channel) {
   return static_cast<float>(40 + 5 * static_cast<int>(channel % 7));
 }
 
-constexpr std::uint32_t kResetAt = kDemoSamples / 3;
-
 // The amplifier was reset in the first third; what it took away since then is given back.
-bool CorrectReset(CRecordingFile& recording, std::vector<float>& microvolts) {
+bool CorrectReset(const DemoSession& session, CRecordingFile& recording, std::vector<float>& microvolts) {
+  const std::uint32_t resetAt = session.samples / 3;
   OverlayRow before{};
   OverlayRow after{};
-  after.startSample = kResetAt;
-  for (std::size_t c = 0; c < kDemoChannels; ++c) after.channelValue[c] = OffsetOf(c);
-  for (std::size_t i = kResetAt * kDemoChannels; i < microvolts.size(); ++i) {
-    microvolts[i] -= OffsetOf(i % kDemoChannels);
+  after.startSample = resetAt;
+  for (std::size_t c = 0; c < session.channels; ++c) after.channelValue[c] = OffsetOf(c);
+  for (std::size_t i = resetAt * session.channels; i < microvolts.size(); ++i) {
+    microvolts[i] -= OffsetOf(i % session.channels);
   }
   return recording.overlay.AddRow(before) && recording.overlay.AddRow(after);
 }
 
 // The amplifier drifts along a parabola, which is subtracted. The axis of a segment goes from -100 to 100.
-bool CorrectDrift(CRecordingFile& recording, std::vector<float>& microvolts) {
+bool CorrectDrift(const DemoSession& session, CRecordingFile& recording, std::vector<float>& microvolts) {
   constexpr double kEndOfAxis = 100;
   constexpr int kOrder = 2;
   recording.overlay.params.polyOrder = kOrder;
-  recording.overlay.params.polyChannels = static_cast<std::int32_t>(kDemoChannels);
+  recording.overlay.params.polyChannels = static_cast<std::int32_t>(session.channels);
   auto segment = std::make_unique<OverlaySegment>();
-  segment->endSample = kDemoSamples;
+  segment->endSample = session.samples;
   const double scales[] = {1, 2 / kEndOfAxis, 1.5 / (kEndOfAxis * kEndOfAxis)};  // by power
   for (const double scale : scales) {
-    for (std::size_t c = 0; c < kDemoChannels; ++c) {
+    for (std::size_t c = 0; c < session.channels; ++c) {
       if (!segment->coefficients.Append(scale * static_cast<double>(OffsetOf(c)))) return false;
     }
   }
   for (std::size_t i = 0; i < microvolts.size(); ++i) {
-    const auto sample = static_cast<double>(i / kDemoChannels);
-    const double t = (sample / kDemoSamples * 2 - 1) * kEndOfAxis;
+    const auto sample = static_cast<double>(i / session.channels);
+    const double t = (sample / session.samples * 2 - 1) * kEndOfAxis;
     const double drift = scales[0] + scales[1] * t + scales[2] * t * t;
-    microvolts[i] += static_cast<float>(drift * static_cast<double>(OffsetOf(i % kDemoChannels)));
+    microvolts[i] += static_cast<float>(drift * static_cast<double>(OffsetOf(i % session.channels)));
   }
   return recording.overlay.AddSegment(std::move(segment));
 }
@@ -186,25 +184,25 @@ bool MakeContinuous(const std::string& path, Host& host, const DemoSession& sess
   CRecordingFile recording(kSilent, host);
   CSetup& setup = *recording.GetSetup();
   constexpr std::int32_t kWideCounts = 1 << 24;
-  DescribeSession(setup);
+  DescribeSession(setup, session.channels);
   DescribeTimeAxis(setup, kDemoRate, 0);
   setup.dataKind = kContinuous;
   if (width == 4) setup.adcCounts = kWideCounts;
   for (SetupChannel& channel : setup.Channels()) channel.countScale = StepOf(setup.adcCounts);
   std::vector<float> recorded = session.microvolts;
-  if (!AddEvents(session, recording) || !AddLabels(recording)) return false;
-  if (!CorrectReset(recording, recorded)) return false;
-  if (width == 4 && !CorrectDrift(recording, recorded)) return false;
+  if (!AddEvents(session, recording) || !AddLabels(session, recording)) return false;
+  if (!CorrectReset(session, recording, recorded)) return false;
+  if (width == 4 && !CorrectDrift(session, recording, recorded)) return false;
   return recording.CreateFile(path, width) &&
          recording.AppendContinuousFloat(recorded.data(), SizeOf(recorded)) && SaveWhole(recording);
 }
 
 // What a reader gets of it: limited to the converter's steps, and corrected.
-std::optional<std::vector<float>> ReadBack(const std::string& path, Host& host) {
+std::optional<std::vector<float>> ReadBack(const std::string& path, Host& host, const DemoSession& session) {
   CRecordingFile recording(kSilent, host);
-  std::vector<float> microvolts(static_cast<std::size_t>(kDemoSamples) * kDemoChannels);
+  std::vector<float> microvolts(session.microvolts.size());
   if (!recording.OpenFile(path) ||
-      !recording.ReadContinuousFloat(0, kDemoSamples, microvolts.data(), SizeOf(microvolts), 0, 0)) {
+      !recording.ReadContinuousFloat(0, session.samples, microvolts.data(), SizeOf(microvolts), 0, 0)) {
     return std::nullopt;
   }
   return microvolts;
@@ -226,7 +224,7 @@ bool AppendHead(CRecordingFile& recording, const Tone& tone) {
 }
 
 void DescribeEpochs(CSetup& setup, const Material& material) {
-  DescribeSession(setup);
+  DescribeSession(setup, material.session.channels);
   DescribeTimeAxis(setup, kEpochPoints, kPointsBeforeTone);
   setup.dataKind = kEpochs;
   for (SetupChannel& channel : setup.Channels()) channel.countScale = StepOf(setup.adcCounts);
@@ -286,7 +284,7 @@ bool MakeSpectra(const std::string& path, const Material& material) {
   return SaveWhole(recording);
 }
 
-// Of the tones of a kind without a blink near them.
+// Of the tones of a kind without a blink near them; of all of a session in which there was none.
 bool MakeAverage(const std::string& path, const Material& material, ToneKind kind, bool withStatistics) {
   std::vector<std::span<const float>> accepted;
   std::int32_t rejected = 0;
@@ -296,7 +294,8 @@ bool MakeAverage(const std::string& path, const Material& material, ToneKind kin
     if (tone.isDisturbed) ++rejected;
     if (!tone.isDisturbed) accepted.push_back(material.epochs[i]);
   }
-  const DemoAverage average = AverageOf(accepted);
+  if (accepted.empty()) accepted = material.epochs;
+  const DemoAverage average = AverageOf(accepted, material.session.channels);
   CRecordingFile recording(kSilent, material.host);
   CSetup& setup = *recording.GetSetup();
   DescribeEpochs(setup, material);
@@ -306,8 +305,8 @@ bool MakeAverage(const std::string& path, const Material& material, ToneKind kin
   setup.averagedSweeps = setup.acceptedSweeps;
   for (SetupChannel& channel : setup.Channels()) channel.sweeps = setup.acceptedSweeps;
   constexpr int kPeak = kPointsBeforeTone + kDemoRate * 35 / 100;
-  constexpr int kPz = 14;
-  if (kind == ToneKind::kRare && !AddMarker(recording, "Late wave", kPeak, kPz, 0)) return false;
+  const auto pz = static_cast<int>(std::min<std::size_t>(14, material.session.channels - 1));
+  if (kind == ToneKind::kRare && !AddMarker(recording, "Late wave", kPeak, pz, 0)) return false;
   if (!recording.CreateFile(path, 2)) return false;
   recording.WriteAverageSection(average.mean.data(), SizeOf(average.mean), 1);
   recording.WriteVarianceSection(average.variance.data(), SizeOf(average.variance));
@@ -319,7 +318,8 @@ bool MakeAverage(const std::string& path, const Material& material, ToneKind kin
 }
 
 bool MakePairs(const std::string& path, const Material& material) {
-  const std::vector<std::size_t> channels = {3, 4, 5, 14, 17, 18, 31};
+  std::vector<std::size_t> channels = {3, 4, 5, 14, 17, 18, 31};
+  if (material.session.channels <= channels.back()) channels = {0, 1};
   CRecordingFile recording(kSilent, material.host);
   CSetup& setup = *recording.GetSetup();
   DescribeSession(setup, channels);
@@ -343,10 +343,10 @@ bool MakePairs(const std::string& path, const Material& material) {
   return recording.CreateFile(path, 2) && recording.WritePairedData(&data) && SaveWhole(recording);
 }
 
-bool MakeSetupFile(const std::string& path, Host& host) {
+bool MakeSetupFile(const std::string& path, Host& host, const DemoSession& session) {
   CRecordingFile recording(kSilent, host);
   CSetup& setup = *recording.GetSetup();
-  DescribeSession(setup);
+  DescribeSession(setup, session.channels);
   DescribeTimeAxis(setup, kEpochPoints, kPointsBeforeTone);
   setup.fromRecording = 0;
   return setup.SaveTo(path, host.files);
@@ -368,25 +368,25 @@ std::vector<std::string> DemoFileNames() {
           kAverageName,    kStatisticsName, kPairsName,  kSetupName};
 }
 
-std::string MakeDemoFiles(const std::string& folder, std::uint64_t seed) {
-  DemoHost demo;
+std::string MakeDemoFiles(FileService& files, const std::string& folder, const DemoPlan& plan) {
+  DemoHost demo(files);
   const auto pathOf = [&folder](const char* name) { return (std::filesystem::path(folder) / name).string(); };
-  const DemoSession session = RecordSession(seed);
+  const DemoSession session = RecordSession(plan);
   if (!MakeContinuous(pathOf(kContinuousName), demo.host, session, 2)) return kContinuousName;
   if (!MakeContinuous(pathOf(kWideName), demo.host, session, 4)) return kWideName;
-  const auto microvolts = ReadBack(pathOf(kContinuousName), demo.host);
+  const auto microvolts = ReadBack(pathOf(kContinuousName), demo.host, session);
   if (!microvolts) return kContinuousName;
   Material material{demo.host, session, {}, {}};
   for (const Tone& tone : session.tones) {
-    material.epochs.push_back(EpochOf(*microvolts, tone));
-    material.spectra.push_back(SpectrumOf(material.epochs.back()));
+    material.epochs.push_back(EpochOf(*microvolts, session.channels, tone));
+    material.spectra.push_back(SpectrumOf(material.epochs.back(), session.channels));
   }
   if (!MakeEpochs(pathOf(kEpochsName), material)) return kEpochsName;
   if (!MakeSpectra(pathOf(kSpectraName), material)) return kSpectraName;
   if (!MakeAverage(pathOf(kAverageName), material, ToneKind::kFrequent, false)) return kAverageName;
   if (!MakeAverage(pathOf(kStatisticsName), material, ToneKind::kRare, true)) return kStatisticsName;
   if (!MakePairs(pathOf(kPairsName), material)) return kPairsName;
-  if (!MakeSetupFile(pathOf(kSetupName), demo.host)) return kSetupName;
+  if (!MakeSetupFile(pathOf(kSetupName), demo.host, session)) return kSetupName;
   return {};
 }
 

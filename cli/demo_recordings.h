@@ -2,9 +2,11 @@
 // save.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
+
+#include "cli/demo_signals.h"
+#include "wavelock/platform/file_service.h"
 
 namespace wavelock::command {
 
@@ -13,6 +15,6 @@ std::vector<std::string> DemoFileNames();
 
 // Makes them in a folder, over whatever stands there. The name of the one that could not be made, or nothing
 // when all could.
-std::string MakeDemoFiles(const std::string& folder, std::uint64_t seed);
+std::string MakeDemoFiles(FileService& files, const std::string& folder, const DemoPlan& plan);
 
 }  // namespace wavelock::command

@@ -91,14 +91,12 @@ double Hump(double at, double centre, double halfWidth) {
 
 // ---- what happens in a session, in seconds
 
-constexpr double kSeconds = static_cast<double>(kDemoSamples) / kDemoRate;
-
 struct Moment {
   double time;
   double strength;  // microvolts where it is seen best
 };
 
-struct Plan {
+struct Course {
   std::vector<Tone> tones{};
   std::vector<Moment> blinks{};
   std::vector<Moment> alphaBursts{};
@@ -134,14 +132,14 @@ Tone ToneAt(double time, Chance& chance, const std::vector<Moment>& blinks) {
   return {SampleAt(time), isRare ? ToneKind::kRare : ToneKind::kFrequent, answer, isDisturbed};
 }
 
-Plan MakePlan(Chance& chance) {
-  Plan plan;
-  plan.blinks = Moments(chance, Times(chance, 2.2, kSeconds - 1, 3, 7), 90, 160);
-  plan.alphaBursts = Moments(chance, Times(chance, 0.8, kSeconds, 1.5, 3), 12, 30);
-  for (const double time : Times(chance, 1.5, kSeconds - 1, 0.9, 1.3)) {
-    plan.tones.push_back(ToneAt(time, chance, plan.blinks));
+Course MakeCourse(Chance& chance, double seconds) {
+  Course course;
+  course.blinks = Moments(chance, Times(chance, 2.2, seconds - 1, 3, 7), 90, 160);
+  course.alphaBursts = Moments(chance, Times(chance, 0.8, seconds, 1.5, 3), 12, 30);
+  for (const double time : Times(chance, 1.5, seconds - 1, 0.9, 1.3)) {
+    course.tones.push_back(ToneAt(time, chance, course.blinks));
   }
-  return plan;
+  return course;
 }
 
 // ---- sources, each as strong as it is where it is seen best
@@ -159,9 +157,10 @@ struct Sources {
   double late;   // the wave that follows the rare ones
 };
 
-Sources SourcesAt(const Plan& plan, double time) {
-  Sources sources{Sum(plan.blinks, time, 0.16), Sum(plan.alphaBursts, time, 0.9) * Sine(10.2 * time), 0, 0};
-  for (const Tone& tone : plan.tones) {
+Sources SourcesAt(const Course& course, double time) {
+  Sources sources{Sum(course.blinks, time, 0.16), Sum(course.alphaBursts, time, 0.9) * Sine(10.2 * time), 0,
+                  0};
+  for (const Tone& tone : course.tones) {
     const double since = time - TimeOf(tone.sample);
     sources.early += 7 * Hump(since, 0.18, 0.05) - 6 * Hump(since, 0.1, 0.04);
     if (tone.kind == ToneKind::kRare) sources.late += 16 * Hump(since, 0.35, 0.17);
@@ -186,7 +185,7 @@ Weights WeightsOf(const Electrode& e) {
 }  // namespace
 
 // The first 19 are the classical ones.
-const std::array<Electrode, kDemoChannels> kDemoElectrodes = {{
+const std::array<Electrode, kDemoElectrodeCount> kDemoElectrodes = {{
     {"Fp1", -0.3, 0.9},  {"Fp2", 0.3, 0.9},   {"F7", -0.8, 0.6},   {"F3", -0.4, 0.5},   {"Fz", 0.0, 0.5},
     {"F4", 0.4, 0.5},    {"F8", 0.8, 0.6},    {"T7", -1.0, 0.0},   {"C3", -0.5, 0.0},   {"Cz", 0.0, 0.0},
     {"C4", 0.5, 0.0},    {"T8", 1.0, 0.0},    {"P7", -0.8, -0.6},  {"P3", -0.4, -0.5},  {"Pz", 0.0, -0.5},
@@ -196,17 +195,17 @@ const std::array<Electrode, kDemoChannels> kDemoElectrodes = {{
     {"POz", 0.0, -0.7},  {"Oz", 0.0, -0.95},
 }};
 
-DemoSession RecordSession(std::uint64_t seed) {
-  Chance chance(seed);
-  const Plan plan = MakePlan(chance);
-  DemoSession session{.tones = plan.tones};
-  session.microvolts.reserve(static_cast<std::size_t>(kDemoSamples) * kDemoChannels);
+DemoSession RecordSession(const DemoPlan& plan) {
+  Chance chance(plan.seed);
+  const Course course = MakeCourse(chance, plan.seconds);
+  DemoSession session{plan.channels, plan.seconds * kDemoRate, course.tones, {}};
+  session.microvolts.reserve(session.samples * session.channels);
   PinkNoise shared;
-  std::array<PinkNoise, kDemoChannels> own;
-  for (std::uint32_t sample = 0; sample < kDemoSamples; ++sample) {
-    const Sources sources = SourcesAt(plan, TimeOf(sample));
+  std::vector<PinkNoise> own(session.channels);
+  for (std::uint32_t sample = 0; sample < session.samples; ++sample) {
+    const Sources sources = SourcesAt(course, TimeOf(sample));
     const double background = 6 * shared.Next(chance);
-    for (std::size_t c = 0; c < kDemoChannels; ++c) {
+    for (std::size_t c = 0; c < session.channels; ++c) {
       const Weights weights = WeightsOf(kDemoElectrodes[c]);
       session.microvolts.push_back(static_cast<float>(
           background + 7 * own[c].Next(chance) + weights.front * sources.blinks +
@@ -216,8 +215,8 @@ DemoSession RecordSession(std::uint64_t seed) {
   return session;
 }
 
-std::span<const float> EpochOf(std::span<const float> microvolts, const Tone& tone) {
-  return microvolts.subspan((tone.sample - kPointsBeforeTone) * kDemoChannels, kEpochPoints * kDemoChannels);
+std::span<const float> EpochOf(std::span<const float> microvolts, std::size_t channels, const Tone& tone) {
+  return microvolts.subspan((tone.sample - kPointsBeforeTone) * channels, kEpochPoints * channels);
 }
 
 // ---- averages
@@ -226,8 +225,7 @@ namespace {
 
 // Sums over the sweeps of an average as they come in.
 struct RunningSums {
-  std::vector<double> values = std::vector<double>(kEpochPoints * kDemoChannels);
-  std::vector<double> squares = values;
+  explicit RunningSums(std::size_t channels) : values(kEpochPoints * channels), squares(values) {}
 
   void Add(std::span<const float> epoch) {
     for (std::size_t i = 0; i < epoch.size(); ++i) {
@@ -235,6 +233,9 @@ struct RunningSums {
       squares[i] += static_cast<double>(epoch[i]) * epoch[i];
     }
   }
+
+  std::vector<double> values;
+  std::vector<double> squares;
 };
 
 double VarianceOf(double sum, double squares, double count) {
@@ -242,16 +243,16 @@ double VarianceOf(double sum, double squares, double count) {
 }
 
 // Over the points of the average, and what its sweeps differ by at time zero.
-void NoteProgress(const RunningSums& sums, double sweeps, DemoAverage& average) {
-  for (std::size_t c = 0; c < kDemoChannels; ++c) {
+void NoteProgress(const RunningSums& sums, std::size_t channels, double sweeps, DemoAverage& average) {
+  for (std::size_t c = 0; c < channels; ++c) {
     double sum = 0;
     double squares = 0;
     for (std::size_t p = 0; p < kEpochPoints; ++p) {
-      const double mean = sums.values[p * kDemoChannels + c] / sweeps;
+      const double mean = sums.values[p * channels + c] / sweeps;
       sum += mean;
       squares += mean * mean;
     }
-    const std::size_t zero = kPointsBeforeTone * kDemoChannels + c;
+    const std::size_t zero = kPointsBeforeTone * channels + c;
     average.power.push_back(static_cast<float>(VarianceOf(sum, squares, kEpochPoints)));
     average.noise.push_back(
         static_cast<float>(VarianceOf(sums.values[zero], sums.squares[zero], sweeps) / sweeps));
@@ -260,13 +261,13 @@ void NoteProgress(const RunningSums& sums, double sweeps, DemoAverage& average) 
 
 }  // namespace
 
-DemoAverage AverageOf(std::span<const std::span<const float>> epochs) {
+DemoAverage AverageOf(std::span<const std::span<const float>> epochs, std::size_t channels) {
   DemoAverage average;
-  RunningSums sums;
+  RunningSums sums(channels);
   double sweeps = 0;
   for (const std::span<const float> epoch : epochs) {
     sums.Add(epoch);
-    NoteProgress(sums, ++sweeps, average);
+    NoteProgress(sums, channels, ++sweeps, average);
   }
   for (std::size_t i = 0; i < sums.values.size(); ++i) {
     average.mean.push_back(static_cast<float>(sums.values[i] / sweeps));
@@ -277,7 +278,7 @@ DemoAverage AverageOf(std::span<const std::span<const float>> epochs) {
 
 // ---- spectra
 
-DemoSpectrum SpectrumOf(std::span<const float> epoch) {
+DemoSpectrum SpectrumOf(std::span<const float> epoch, std::size_t channels) {
   static const auto kCosines = [] {
     std::array<double, kEpochPoints> cosines{};
     for (std::size_t i = 0; i < cosines.size(); ++i)
@@ -286,14 +287,14 @@ DemoSpectrum SpectrumOf(std::span<const float> epoch) {
   }();
   constexpr std::size_t kThreeQuarters = kEpochPoints - kEpochPoints / 4;
   DemoSpectrum spectrum;
-  for (std::size_t c = 0; c < kDemoChannels; ++c) {
+  for (std::size_t c = 0; c < channels; ++c) {
     for (std::size_t bin = 0; bin < kEpochBins; ++bin) {
       double real = 0;
       double imaginary = 0;
       for (std::size_t p = 0; p < kEpochPoints; ++p) {
         const std::size_t angle = bin * p % kEpochPoints;
-        real += kCosines[angle] * epoch[p * kDemoChannels + c];
-        imaginary -= kCosines[(angle + kThreeQuarters) % kEpochPoints] * epoch[p * kDemoChannels + c];
+        real += kCosines[angle] * epoch[p * channels + c];
+        imaginary -= kCosines[(angle + kThreeQuarters) % kEpochPoints] * epoch[p * channels + c];
       }
       const double scale = bin == 0 ? 1.0 / kEpochPoints : 2.0 / kEpochPoints;
       spectrum.real.push_back(static_cast<float>(real * scale));

@@ -21,11 +21,10 @@ struct Electrode {
   double front;
 };
 
-inline constexpr std::size_t kDemoChannels = 32;
-extern const std::array<Electrode, kDemoChannels> kDemoElectrodes;
+inline constexpr std::size_t kDemoElectrodeCount = 32;
+extern const std::array<Electrode, kDemoElectrodeCount> kDemoElectrodes;
 
 inline constexpr int kDemoRate = 256;
-inline constexpr int kDemoSamples = 60 * kDemoRate;
 
 enum class ToneKind : std::uint16_t { kFrequent = 1, kRare = 2 };
 
@@ -36,12 +35,20 @@ struct Tone {
   bool isDisturbed;      // by a blink
 };
 
+struct DemoPlan {
+  std::uint64_t seed = 1;
+  std::uint32_t seconds = 60;                  // at least 5, in which there are at least 2 tones
+  std::size_t channels = kDemoElectrodeCount;  // the first ones of the electrodes, at least 2
+};
+
 struct DemoSession {
+  std::size_t channels;
+  std::uint32_t samples;
   std::vector<Tone> tones{};
   std::vector<float> microvolts{};  // samples x channels
 };
 
-DemoSession RecordSession(std::uint64_t seed);
+DemoSession RecordSession(const DemoPlan& plan);
 
 // ---- what is worked out from a session
 
@@ -49,8 +56,8 @@ inline constexpr int kPointsBeforeTone = kDemoRate / 4;
 inline constexpr int kEpochPoints = kDemoRate;
 inline constexpr int kEpochBins = kEpochPoints / 2;
 
-// The samples around a tone: points x channels, a part of `microvolts` of a session.
-std::span<const float> EpochOf(std::span<const float> microvolts, const Tone& tone);
+// The samples around a tone: points x channels, a part of `microvolts`.
+std::span<const float> EpochOf(std::span<const float> microvolts, std::size_t channels, const Tone& tone);
 
 struct DemoAverage {
   std::vector<float> mean{};      // points x channels
@@ -60,7 +67,7 @@ struct DemoAverage {
   std::vector<float> noise{};
 };
 
-DemoAverage AverageOf(std::span<const std::span<const float>> epochs);
+DemoAverage AverageOf(std::span<const std::span<const float>> epochs, std::size_t channels);
 
 // Amplitudes up to half of the rate: channels x bins.
 struct DemoSpectrum {
@@ -68,7 +75,7 @@ struct DemoSpectrum {
   std::vector<float> imaginary{};
 };
 
-DemoSpectrum SpectrumOf(std::span<const float> epoch);
+DemoSpectrum SpectrumOf(std::span<const float> epoch, std::size_t channels);
 
 // How two channels go together at each frequency over all epochs: 1 for waves that always keep step.
 struct Coherency {

@@ -2,6 +2,7 @@
 //
 //   wavelock_fuzz_seeds DIR
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -10,12 +11,14 @@
 #include <utility>
 #include <vector>
 
+#include "cli/demo_recordings.h"
 #include "fuzz/fuzz_host.h"
 #include "tests/support/recording_builder.h"
 #include "wavelock/annotations/correction_overlay.h"
 #include "wavelock/annotations/label_list.h"
 #include "wavelock/annotations/marker_list.h"
 #include "wavelock/recording/recording_file.h"
+#include "wavelock/recording/recording_header.h"
 #include "wavelock/setup/section_tags.h"
 #include "wavelock/setup/setup.h"
 #include "wavelock/setup/tff_file.h"
@@ -131,6 +134,23 @@ Bytes AnnotationsFile() {
   return fuzz.memory.Contents(kContainer).value_or(Bytes());
 }
 
+// One of every kind as a program of today makes it, a few seconds long.
+void AddDemo(Seeds& seeds) {
+  FuzzHost fuzz;
+  command::MakeDemoFiles(fuzz.memory, "", {.seconds = 5, .channels = kChannels});
+  for (const std::string& name : command::DemoFileNames()) {
+    const Bytes whole = fuzz.memory.Contents(name).value_or(Bytes());
+    if (fs::path(name).extension() != ".rec") continue;
+    RecordingHeader header;
+    std::memcpy(&header, whole.data(), sizeof header);
+    const auto tail = whole.begin() + header.tailPositionLow;
+    Bytes seed(whole.begin(), tail);
+    const Bytes smallTail = ContainerOf(SectionsOf(Bytes(tail, whole.end())));
+    seed.insert(seed.end(), smallTail.begin(), smallTail.end());
+    seeds["recording/demo_" + fs::path(name).stem().string()] = std::move(seed);
+  }
+}
+
 void AddContinuous(Seeds& seeds) {
   const auto ramp = [](std::uint64_t sample, int channel) {
     return static_cast<std::int32_t>(sample) * 100 + channel;
@@ -219,6 +239,7 @@ Bytes Calls(std::uint8_t file) {
 
 Seeds AllSeeds() {
   Seeds seeds;
+  AddDemo(seeds);
   AddContinuous(seeds);
   AddOtherKinds(seeds);
   AddGenerations(seeds);

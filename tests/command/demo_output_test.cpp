@@ -25,19 +25,28 @@ class DemoOutput : public testing::Test {
  protected:
   DemoOutput() { EXPECT_EQ(folder.Wavelock("demo d").exitCode, 0); }
 
+  std::map<std::string, std::string> KindsIn(const std::string& where) {
+    std::istringstream lines(folder.Wavelock("info --json " + where + "/*.rec").out);
+    std::map<std::string, std::string> kinds;
+    for (std::string line; std::getline(lines, line);) {
+      const auto info = nlohmann::json::parse(line);
+      const auto name = info.at("file").get<std::string>().substr(where.size() + 1);
+      kinds[name] = info.at("kind");
+      EXPECT_EQ(info.at("bits"), name == "continuous_32bit.rec" ? 32 : 16);
+      EXPECT_EQ(info.at("rate"), 256.0);
+    }
+    return kinds;
+  }
+
   CommandFolder folder;
 };
 
 TEST_F(DemoOutput, EveryFileOpensAsWhatItsNameSays) {
-  std::istringstream lines(folder.Wavelock("info --json d/*.rec").out);
-  std::map<std::string, std::string> kinds;
-  for (std::string line; std::getline(lines, line);) {
-    const auto info = nlohmann::json::parse(line);
-    kinds[info.at("file").get<std::string>().substr(2)] = info.at("kind");
-    EXPECT_EQ(info.at("bits"), info.at("file") == "d/continuous_32bit.rec" ? 32 : 16);
-    EXPECT_EQ(info.at("rate"), 256.0);
-  }
-  EXPECT_EQ(kinds, kKinds);
+  EXPECT_EQ(KindsIn("d"), kKinds);
+  EXPECT_EQ(folder.Wavelock("demo small --seconds 5 --channels 2").exitCode, 0);
+  EXPECT_EQ(KindsIn("small"), kKinds);
+  EXPECT_EQ(folder.Wavelock("demo short --seconds 4").exitCode, 2);
+  EXPECT_EQ(folder.Wavelock("demo narrow --channels 1").exitCode, 2);
   EXPECT_THAT(folder.Wavelock("setup d/demo.ast").out, HasSubstr("channels[9].label\tCz\n"));
   EXPECT_THAT(folder.Wavelock("labels d/continuous.rec").out, HasSubstr("0\teyes closed\n"));
   EXPECT_THAT(folder.Wavelock("markers d/average_statistics.rec").out, HasSubstr("Late wave"));
