@@ -25,7 +25,7 @@ void WorkOut(CSetup& setup) {
 
 bool WriteTo(CSetup& setup, const std::string& name, Host& host) {
   CTffFile file(host);
-  return file.Open(name, OpenMode::kCreate) && setup.Write(file) && file.IsWrittenWhole();
+  return file.Open(name, OpenMode::kCreate) && setup.Write(file);
 }
 
 // Loads what was written and writes it again until it stays as it is. Loads repair what is impossible, and

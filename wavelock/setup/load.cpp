@@ -19,7 +19,6 @@ namespace {
 constexpr std::int32_t kMostChannels = 1 << 20;  // more are more than memory is given for
 constexpr std::int32_t kMostLabels = static_cast<std::int32_t>(kSetupLabelCount);
 constexpr std::int32_t kGreen = 65280;
-constexpr std::int32_t kContinuous = 2;  // a value of dataKind
 
 bool IsZero(float a, float b) {
   return a == 0 && b == 0;
@@ -119,8 +118,11 @@ bool LoadChannels(CSetup& setup, CTffFile& file) {
   if (!record.Read(file) || !record.IsWhole()) return false;
   std::uint32_t tag = ChannelSection::kTag;
   for (std::int32_t i = 0; i < setup.channelCount; ++i) {
+    const auto index = static_cast<std::size_t>(i);
     if (i > 0 && !record.ReadWholeOfRun(file, ++tag)) return false;
-    LoadChannel(setup, record, setup.channels[static_cast<std::size_t>(i)]);
+    // Records that lie in each other's payloads can be more than there is room for.
+    if (index >= setup.channels.Size()) return false;
+    LoadChannel(setup, record, setup.channels[index]);
   }
   setup.hasPositions = setup.PositionsSpread() ? 1 : 0;
   return true;

@@ -82,9 +82,7 @@ bool CTffFile::HasWideSamples() const {
 
 bool CTffFile::Append(std::span<const std::byte> bytes) {
   isIndexed_ = false;
-  const bool done = file_ != nullptr && file_->Write(bytes);
-  if (!done) writeFailed_ = true;
-  return done;
+  return file_ != nullptr && file_->Write(bytes);
 }
 
 int CTffFile::WriteHeader() {
@@ -148,12 +146,13 @@ std::uint64_t CTffFile::MoveTo(const std::optional<Entry>& entry) {
 std::optional<CTffFile::Entry> CTffFile::NextOf(std::uint32_t tag) {
   const std::uint64_t position = Position();
   BuildIndex();
+  return IsIndexed(position) ? FindIndexed(tag, position, 1) : WalkTo(tag, position);
+}
+
+bool CTffFile::IsIndexed(std::uint64_t position) const {
   const auto at = std::lower_bound(entries_.begin(), entries_.end(), position,
                                    [](const Entry& entry, std::uint64_t p) { return entry.position < p; });
-  if (at != entries_.end() && at->position == position) return FindIndexed(tag, position, 1);
-  // Inside a payload that was longer than its reader's room: what follows there is taken for heads of
-  // records.
-  return WalkTo(tag, position);
+  return at != entries_.end() && at->position == position;
 }
 
 std::optional<CTffFile::Entry> CTffFile::FindIndexed(std::uint32_t tag, std::uint64_t fromPosition,
@@ -169,11 +168,14 @@ std::optional<CTffFile::Entry> CTffFile::FindIndexed(std::uint32_t tag, std::uin
   return found.record.tag == tag ? std::optional(found) : std::nullopt;
 }
 
+// From inside a payload that was longer than its reader's room: what follows there is taken for heads of
+// records, until one of them ends where a record begins.
 std::optional<CTffFile::Entry> CTffFile::WalkTo(std::uint32_t tag, std::uint64_t position) {
   HeadReader heads(*file_);
   for (Entry entry{position, {}}; heads.ReadAt(entry.position, entry.record);
        entry.position = PositionBehind(entry)) {
     if (entry.record.tag == tag) return entry;
+    if (IsIndexed(PositionBehind(entry))) return FindIndexed(tag, PositionBehind(entry), 1);
   }
   return std::nullopt;
 }

@@ -65,9 +65,6 @@ class CTffFile {
   // writes. False for tag 0 or when the file reports an error.
   bool WriteSection(std::uint32_t tag, std::uint32_t length, const void* data, std::uint16_t version);
 
-  // Whether everything written through this object arrived.
-  bool IsWrittenWhole() const { return !writeFailed_; }
-
   // Reads the `occurrence`th record of a tag, counted from 1, wherever it stands. On entry `length` is the
   // room in `buffer`; the first so many bytes of the payload are read, and their number is stored there and
   // returned. 0 when there is no such record, its payload is empty, or the file reports an error. The file's
@@ -105,6 +102,7 @@ class CTffFile {
   bool Append(std::span<const std::byte> bytes);
   void BuildIndex();
   std::optional<Entry> FindIndexed(std::uint32_t tag, std::uint64_t fromPosition, std::uint32_t occurrence);
+  bool IsIndexed(std::uint64_t position) const;
   std::optional<Entry> NextOf(std::uint32_t tag);
   std::optional<Entry> WalkTo(std::uint32_t tag, std::uint64_t position);
   std::uint64_t MoveTo(const std::optional<Entry>& entry);
@@ -113,8 +111,6 @@ class CTffFile {
   FileService* files_ = nullptr;  // null over a file that was open already
   std::unique_ptr<File> owned_;
   File* file_ = nullptr;
-
-  bool writeFailed_ = false;
 
   // The records are looked up once for each container. A record appended through this object makes it forget
   // them.
