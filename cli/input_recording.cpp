@@ -14,7 +14,7 @@ constexpr MessageNumber kLosses[] = {MessageNumber::kEventsNotRead, MessageNumbe
 }  // namespace
 
 std::unique_ptr<File> ReadOnlyFiles::Open(const std::string& path, OpenMode mode, std::string* errorText) {
-  if (mode == OpenMode::kCreate) return nullptr;
+  if (mode == OpenMode::kCreate || mode == OpenMode::kCreateNew) return nullptr;
   return files_.Open(path, OpenMode::kReadOnly, errorText);
 }
 

@@ -79,12 +79,13 @@ class UpgradeFiles : public ReadOnlyFiles {
       : ReadOnlyFiles(files), files_(files), progress_(progress) {}
 
   std::unique_ptr<File> Open(const std::string& path, OpenMode mode, std::string* errorText) override {
-    if (mode != OpenMode::kCreate) return ReadOnlyFiles::Open(path, mode, errorText);
+    if (mode != OpenMode::kCreateNew) return ReadOnlyFiles::Open(path, mode, errorText);
     std::unique_ptr<File> made = files_.Open(path, mode, errorText);
     return made ? std::make_unique<ProgressFile>(std::move(made), progress_) : nullptr;
   }
   bool Delete(const std::string& path) override { return files_.Delete(path); }
   bool Replace(const std::string& from, const std::string& to) override { return files_.Replace(from, to); }
+  std::string BehindLinks(const std::string& path) override { return files_.BehindLinks(path); }
 
  private:
   FileService& files_;

@@ -159,16 +159,6 @@ TYPED_TEST(Files, FilesOpenedTwiceShareContentButNoPosition) {
   EXPECT_EQ(ReadText(*second, 10), "abc3");
 }
 
-TYPED_TEST(Files, AttachedFilesSharePositionAndLeaveTheFileOpen) {
-  this->Make("a", "0123456789");
-  const auto file = this->Open("a", OpenMode::kReadOnly);
-  auto attached = AttachFile(*file);
-  EXPECT_EQ(ReadText(*attached, 2), "01");
-  EXPECT_EQ(file->Position(), 2u);
-  attached.reset();
-  EXPECT_EQ(ReadText(*file, 2), "23");
-}
-
 TYPED_TEST(Files, ReplacingPutsTheNewFileInPlaceAndLeavesTheOldToItsReaders) {
   this->Make("old", "old");
   this->Make("new", "new");

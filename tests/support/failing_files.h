@@ -59,6 +59,7 @@ class FailingFiles : public FileService {
   std::optional<FileStatus> Status(const std::string& path) override;
   bool SetStatus(const std::string& path, const FileStatus& status) override;
   bool Replace(const std::string& from, const std::string& to) override;
+  std::string BehindLinks(const std::string& path) override { return real_.BehindLinks(path); }
 
   // Notes a call and gives the fault that it is to have.
   std::optional<FaultKind> Note(FileOperation operation, const std::string& path);

@@ -73,9 +73,11 @@ std::unique_ptr<File> MemoryFiles::Open(const std::string& path, OpenMode mode, 
   if (IsFolder(path)) return refuse(std::errc::is_a_directory);
   auto content = Find(path);
   const bool writable = mode != OpenMode::kReadOnly;
-  if (!content && (mode != OpenMode::kCreate || path.empty())) {
+  const bool makes = mode == OpenMode::kCreate || mode == OpenMode::kCreateNew;
+  if (!content && (!makes || path.empty())) {
     return refuse(std::errc::no_such_file_or_directory);
   }
+  if (content && mode == OpenMode::kCreateNew) return refuse(std::errc::file_exists);
   if (content && content->status.readOnly && writable) return refuse(std::errc::permission_denied);
   if (!content) content = files_[FullPath(path)] = std::make_shared<Content>();
   if (mode == OpenMode::kCreate) content->bytes.clear();

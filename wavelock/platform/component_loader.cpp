@@ -57,11 +57,14 @@ Result ComponentLoader::FindModule(const Identifier& classId, SharedLibrary** mo
   const auto path =
       tree ? FindValue(*tree, "CLSID/" + FormatIdentifier(classId) + "/InprocServer32") : std::nullopt;
   if (!path) return Result::kClassNotRegistered;
-  std::unique_ptr<SharedLibrary>& loaded = modules_[*path];
-  if (!loaded) loaded = libraries_.Load(*path, &errorText_);
-  *module = loaded.get();
-  if (!loaded) modules_.erase(*path);
-  return *module != nullptr ? Result::kDone : Result::kModuleNotFound;
+  auto found = modules_.find(*path);
+  if (found == modules_.end()) {
+    auto loaded = libraries_.Load(*path, &errorText_);
+    if (!loaded) return Result::kModuleNotFound;
+    found = modules_.emplace(*path, std::move(loaded)).first;
+  }
+  *module = found->second.get();
+  return Result::kDone;
 }
 
 Result ComponentLoader::CreateInstance(std::string_view programmaticId, const Identifier& interfaceId,

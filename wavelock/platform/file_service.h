@@ -1,5 +1,5 @@
 // Files as the library sees them: bytes at 64-bit positions behind one small interface, so that tests can
-// hand in files in memory and files that fail. Nothing here throws; a failure is a result.
+// hand in files in memory and files that fail. A failure is a result; nothing but a want of memory throws.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,8 @@ namespace wavelock {
 enum class OpenMode {
   kReadOnly,
   kReadWrite,
-  kCreate,  // makes the file or empties it; it can be read and written
+  kCreate,     // makes the file or empties it; it can be read and written
+  kCreateNew,  // the same, but refuses where anything bears that name, a link that leads nowhere included
 };
 
 enum class SeekOrigin { kStart, kCurrent, kEnd };
@@ -64,9 +65,6 @@ class File {
   bool ReadExactly(std::span<std::byte> buffer);
 };
 
-// A second object over an open file: it shares the position and leaves the file open when it goes.
-std::unique_ptr<File> AttachFile(File& open);
-
 // Where a move by `offset` from `base` leads; nothing outside the 63 bits of a position. For those who
 // implement files.
 std::optional<std::uint64_t> MovedPosition(std::uint64_t base, std::int64_t offset);
@@ -91,6 +89,9 @@ class FileService {
   // whole. It gets the rights of the file that was there, and where that was reached by a link, the link
   // stays and leads to it.
   virtual bool Replace(const std::string& from, const std::string& to) = 0;
+
+  // The file itself where the path leads to it through links; else the path as it is.
+  virtual std::string BehindLinks(const std::string& path) { return path; }
 };
 
 }  // namespace wavelock

@@ -36,7 +36,7 @@ struct ModalDialog {
   int icon = 0;  // resource number of the picture beside the texts; 0 for none
 };
 
-// A dialog that asks where to save. It offers no read-only files and asks before it names a file that exists.
+// A dialog that asks where to save, and asks again before it names a file that exists.
 struct SavePathDialog {
   std::string defaultExtension{};  // added to a name without one; without its dot
   std::string initialFile{};       // a name; empty for none

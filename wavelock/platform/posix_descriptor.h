@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 
 namespace wavelock {
 
@@ -11,7 +12,10 @@ class PosixDescriptor {
  public:
   explicit PosixDescriptor(int number) : number_(number) {}
   PosixDescriptor(PosixDescriptor&& other) noexcept : number_(other.number_) { other.number_ = -1; }
-  PosixDescriptor& operator=(PosixDescriptor&&) = delete;
+  PosixDescriptor& operator=(PosixDescriptor&& other) noexcept {
+    std::swap(number_, other.number_);
+    return *this;
+  }
   ~PosixDescriptor() {
     if (IsOpen()) close(number_);
   }

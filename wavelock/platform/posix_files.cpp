@@ -39,6 +39,8 @@ int SystemFlags(OpenMode mode) {
       return O_RDWR;
     case OpenMode::kCreate:
       return O_RDWR | O_CREAT | O_TRUNC;
+    case OpenMode::kCreateNew:
+      return O_RDWR | O_CREAT | O_EXCL;
   }
   return O_RDONLY;
 }
@@ -88,18 +90,12 @@ bool TakeRights(const std::string& from, const std::string& to) {
   return chmod(SystemPath(from), facts.st_mode & kPermissionBits) == 0;
 }
 
-// Where a chain of symbolic links ends, or the path itself.
-std::string BehindLinks(const std::string& path) {
-  std::error_code noFile;
-  const auto target = std::filesystem::canonical(SystemPath(path), noFile);
-  return noFile ? path : target.string();
-}
-
 // Keeps its own position, so that a seek costs no call and nobody else can move it.
 class PosixFile : public File {
  public:
-  PosixFile(PosixDescriptor descriptor, std::string path, bool isNew)
-      : descriptor_(std::move(descriptor)), path_(std::move(path)), hasNewName_(isNew) {}
+  PosixFile(std::string path, bool isNew) : path_(std::move(path)), hasNewName_(isNew) {}
+
+  void Take(PosixDescriptor descriptor) { descriptor_ = std::move(descriptor); }
 
   std::string Name() const override { return path_.substr(path_.rfind('/') + 1); }
   std::string Path() const override { return path_; }
@@ -113,7 +109,7 @@ class PosixFile : public File {
  private:
   std::size_t TransferAt(std::uint64_t position, std::size_t wanted) const;
 
-  PosixDescriptor descriptor_;
+  PosixDescriptor descriptor_{-1};
   std::string path_;
   std::uint64_t position_ = 0;
   bool hasNewName_;  // which is not on the medium yet
@@ -190,16 +186,18 @@ std::unique_ptr<File> PosixFiles::Open(const std::string& path, OpenMode mode, s
     if (errorText != nullptr) *errorText = std::generic_category().message(error);
     return nullptr;
   };
+  // All that needs memory comes before a file is made.
+  const bool isNew = mode == OpenMode::kCreate || mode == OpenMode::kCreateNew;
+  std::error_code noFolder;
+  const auto fullPath = std::filesystem::absolute(path, noFolder);
+  auto file = std::make_unique<PosixFile>(noFolder ? path : fullPath.string(), isNew);
   // Without O_NONBLOCK the open of a pipe would wait for its other end.
   const int flags = SystemFlags(mode) | O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
   PosixDescriptor descriptor(Uninterrupted([&] { return open(SystemPath(path), flags, kNewFile); }));
   if (!descriptor.IsOpen()) return refuse(errno);
   if (const int error = WhyNoFile(descriptor.Number()); error != 0) return refuse(error);
-
-  std::error_code noFolder;
-  const auto fullPath = std::filesystem::absolute(path, noFolder);
-  return std::make_unique<PosixFile>(std::move(descriptor), noFolder ? path : fullPath.string(),
-                                     mode == OpenMode::kCreate);
+  file->Take(std::move(descriptor));
+  return file;
 }
 
 bool PosixFiles::Exists(const std::string& path) {
@@ -230,6 +228,12 @@ bool PosixFiles::Replace(const std::string& from, const std::string& to) {
   if (!TakeRights(from, target) || rename(SystemPath(from), SystemPath(target)) != 0) return false;
   SyncFolderOf(target);  // the new file is in its place, whether or not this can be made to last
   return true;
+}
+
+std::string PosixFiles::BehindLinks(const std::string& path) {
+  std::error_code noFile;
+  const auto target = std::filesystem::canonical(SystemPath(path), noFile);
+  return noFile ? path : target.string();
 }
 
 }  // namespace wavelock

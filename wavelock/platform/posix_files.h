@@ -21,6 +21,7 @@ class PosixFiles : public FileService {
   bool SetStatus(const std::string& path, const FileStatus& status) override;
 
   bool Replace(const std::string& from, const std::string& to) override;
+  std::string BehindLinks(const std::string& path) override;
 };
 
 }  // namespace wavelock

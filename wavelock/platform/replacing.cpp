@@ -5,14 +5,20 @@
 namespace wavelock {
 namespace {
 
-// A name beside the file that nothing bears yet; empty when all that come to mind are taken.
-std::string FreeNameBeside(FileService& files, const std::string& path) {
+struct NewFile {
+  std::string path{};
+  std::unique_ptr<File> file{};  // null when none could be made
+};
+
+// Under a name beside the file that nothing bore before: others may be at the same work.
+NewFile MakeBeside(FileService& files, const std::string& path) {
   constexpr int kTries = 100;
-  for (int i = 0; i < kTries; ++i) {
-    std::string name = path + "." + std::to_string(i) + ".new";
-    if (!files.Exists(name)) return name;
+  NewFile made;
+  for (int i = 0; i < kTries && !made.file; ++i) {
+    made.path = path + "." + std::to_string(i) + ".new";
+    made.file = files.Open(made.path, OpenMode::kCreateNew);
   }
-  return {};
+  return made;
 }
 
 bool MayBeReplaced(FileService& files, const std::string& path) {
@@ -22,10 +28,8 @@ bool MayBeReplaced(FileService& files, const std::string& path) {
 
 // The file is closed again before anything else is done to it, so that systems that lock what is open can
 // rename it.
-bool WriteWhole(FileService& files, const std::string& path, const std::function<bool(File&)>& write) try {
-  const std::unique_ptr<File> file = files.Open(path, OpenMode::kCreate);
-  if (!file) return false;
-  WatchedFile watched(*file);
+bool WriteWhole(std::unique_ptr<File> file, const std::function<bool(File&)>& write) try {
+  WatchedFile watched(std::move(file));
   return write(watched) && watched.Flush() && !watched.HasFailed();
 } catch (const std::bad_alloc&) {
   return false;
@@ -46,11 +50,12 @@ std::optional<std::size_t> WatchedFile::Read(std::span<std::byte> buffer) {
 }
 
 bool ReplaceWhole(FileService& files, const std::string& path, const std::function<bool(File&)>& write) try {
-  if (!MayBeReplaced(files, path)) return false;
-  const std::string written = FreeNameBeside(files, path);
-  if (written.empty()) return false;
-  if (WriteWhole(files, written, write) && PutInPlace(files, written, path)) return true;
-  files.Delete(written);
+  const std::string target = files.BehindLinks(path);
+  if (!MayBeReplaced(files, target)) return false;
+  NewFile made = MakeBeside(files, target);
+  if (!made.file) return false;
+  if (WriteWhole(std::move(made.file), write) && PutInPlace(files, made.path, target)) return true;
+  files.Delete(made.path);
   return false;
 } catch (const std::bad_alloc&) {
   return false;

@@ -42,10 +42,10 @@ class WatchedFile : public File {
   bool hasFailed_ = false;
 };
 
-// Lets `write` fill a new file in the same folder, brings that to the medium and puts it in the place of
-// `path`, if there is such a file. False when `write` gave that or had no memory, when any call on the new
-// file failed, and when the file at `path` may not be written; it is then as it was, and the new one is
-// removed.
+// Lets `write` fill a new file in the folder of the file that `path` leads to, brings that to the medium and
+// puts it in the place of the old one, if there is such a file. False when `write` gave that or had no
+// memory, when the folder takes no new file, when any call on the new file failed, and when the old one may
+// not be written; it is then as it was, and the new one is removed.
 bool ReplaceWhole(FileService& files, const std::string& path, const std::function<bool(File&)>& write);
 
 }  // namespace wavelock

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "wavelock/platform/file_lock.h"
+#include "wavelock/platform/replacing.h"
 
 namespace wavelock {
 namespace {
@@ -14,15 +15,9 @@ constexpr std::uint64_t kLargestText = 1u << 20;  // bytes; nothing that is kept
 bool MakeFolderOf(const std::string& path) {
   std::error_code error;
   const auto folder = std::filesystem::path(path).parent_path();
+  if (folder.empty()) return true;
   std::filesystem::create_directories(folder, error);
   return std::filesystem::is_directory(folder, error);
-}
-
-// The file itself where the path leads through links, so that a replaced file leaves the links alone.
-std::string LinkTarget(const std::string& path) {
-  std::error_code missing;
-  const auto target = std::filesystem::canonical(path, missing);
-  return missing ? path : target.string();
 }
 
 }  // namespace
@@ -48,22 +43,21 @@ bool SharedTextFile::Change(const std::function<std::string(const std::string&)>
   const auto text = Read();
   if (!text) return false;
   const std::string changed = change(*text);
+  if (changed.size() > kLargestText) return false;
   const bool isReplaced = Replace(changed);
   if (isReplaced && changed.empty()) lock->RemoveFile();
   return isReplaced;
 }
 
 bool SharedTextFile::Replace(const std::string& text) {
-  const std::string target = LinkTarget(path_);
-  if (const auto status = files_.Status(target); status && status->readOnly) return false;
-  if (text.empty()) return files_.Delete(target) || !files_.Exists(target);
-  const std::string beside = target + ".new";
-  auto file = files_.Open(beside, OpenMode::kCreate);
-  const bool written = file && file->Write(std::as_bytes(std::span(text))) && file->Flush();
-  file.reset();
-  if (written && files_.Replace(beside, target)) return true;
-  files_.Delete(beside);
-  return false;
+  if (!text.empty()) {
+    return ReplaceWhole(files_, path_,
+                        [&text](File& file) { return file.Write(std::as_bytes(std::span(text))); });
+  }
+  const auto status = files_.Status(path_);
+  if (status && status->readOnly) return false;
+  const std::string target = files_.BehindLinks(path_);
+  return files_.Delete(target) || !files_.Exists(target);
 }
 
 }  // namespace wavelock

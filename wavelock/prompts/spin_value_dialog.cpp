@@ -1,10 +1,9 @@
 #include "wavelock/prompts/spin_value_dialog.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
-#include <cstdio>
+#include <iomanip>
 #include <locale>
 #include <sstream>
 
@@ -50,9 +49,10 @@ double NumberIn(std::string_view text) {
 }
 
 std::string TwoDecimals(double value) {
-  std::array<char, 64> text{};  // a value is a single times 32 bits, plus a single
-  const int length = std::snprintf(text.data(), text.size(), "%.2f", value);
-  return {text.data(), std::min(static_cast<std::size_t>(length), text.size() - 1)};
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  text << std::fixed << std::setprecision(2) << value;
+  return text.str();
 }
 
 }  // namespace
