@@ -182,28 +182,6 @@ TEST(DataObjects, AverageServesEveryIndexWithThatIndexsMarkers) {
   EXPECT_EQ(data->markers.GetCount(), 0);
 }
 
-TEST(DataObjects, SpectrumIsSplitAndWrittenBack) {
-  OpenedRecording opened(
-      RecordingBuilder().Epoched().FrequencyDomain().Channels(2).Points(2).PutU8(675, 1).Epochs(
-          {{.spectrum = std::vector<float>(8)}, {.spectrum = {1, 2, -1, -2, 3, 4, -3, -4}}}));
-  CTFDEpoch* const data = opened.recording.LoadDataObject(1);
-  ASSERT_NE(data, nullptr);
-  EXPECT_EQ(data->IsMultiplexed(), 0);
-  EXPECT_THAT(data->main.All(), ElementsAre(1, 2, 3, 4));
-  EXPECT_THAT(data->imaginary.All(), ElementsAre(-1, -2, -3, -4));
-  EXPECT_EQ(data->config->hasImaginary, 1);
-
-  ASSERT_TRUE(data->Multiplex());
-  std::vector<float> back(8);
-  ASSERT_TRUE(opened.recording.file->SeekTo(opened.recording.GetEpochPosition(0) + 13));
-  EXPECT_TRUE(opened.recording.WriteTimeFrequencyData(data));
-  EXPECT_TRUE(opened.recording.ReadEpochFloat(0, back.data(), 32));
-  EXPECT_THAT(back, ElementsAre(1, 2, -1, -2, 3, 4, -3, -4));
-  data->FreeImaginary();
-  EXPECT_FALSE(opened.recording.WriteTimeFrequencyData(data));
-  EXPECT_FALSE(opened.recording.WriteTimeFrequencyData(nullptr));
-}
-
 TEST(DataObjects, RecordingsWithoutSetsSaySo) {
   OpenedRecording opened(RecordingBuilder().Samples({1, 2, 3}));
   EXPECT_EQ(opened.recording.LoadDataObject(0), nullptr);

@@ -230,35 +230,5 @@ TEST(Epochs, LongEpochComesWhole) {
   EXPECT_EQ(FloatEpoch(opened.recording, 0, samples.size()), expected);
 }
 
-TEST(Epochs, AppendedEpochReadsBack) {
-  TestHost test;
-  test.memory.Put("a.rec", ThreeEpochs().Epochs({{.samples = {0, 0, 0, 0}}}).PutU16(362, 3).Build());
-  CRecordingFile recording(0, test.host);
-  ASSERT_TRUE(recording.OpenFile("a.rec"));
-  ASSERT_TRUE(recording.file->Seek(0, SeekOrigin::kEnd));
-  const float whole[] = {1.4f, 1.5f, -2.5f, 40000.0f};
-  EXPECT_TRUE(recording.AppendEpochHead(77, 0, 5, 1.25f, 8));
-  EXPECT_TRUE(recording.AppendEpochFloat(whole, sizeof whole));
-  EXPECT_EQ(recording.pendingConversionNotice, 1);
-  EXPECT_TRUE(recording.AppendEpochHead(78, 1, 0, 0, 0));
-  EXPECT_TRUE(recording.AppendEpochFloat(whole, 3 * sizeof(float)));
-  recording.file->Write(std::vector<std::byte>(2));
-  recording.CloseFile();
-
-  ASSERT_TRUE(recording.OpenFile("a.rec"));
-  EXPECT_THAT(RawEpoch(recording, 1), ElementsAre(1, 2, -3, 32767));
-  EXPECT_THAT(RawEpoch(recording, 2), ElementsAre(1, 2, -3, 0)) << "what did not come is zero";
-  const EpochInfo info = Facts(recording, 1).value();
-  EXPECT_EQ(info.trialType, 77);
-  EXPECT_EQ(info.accept, 0);
-  EXPECT_EQ(info.correct, 5);
-  EXPECT_EQ(info.reactionTime, 1.25f);
-  EXPECT_EQ(info.response, 8);
-  EXPECT_EQ(Facts(recording, 2)->trialType, 78);
-  recording.CloseFile();
-  EXPECT_FALSE(recording.AppendEpochHead(1, 1, 1, 1, 1));
-  EXPECT_FALSE(recording.AppendEpochFloat(whole, sizeof whole));
-}
-
 }  // namespace
 }  // namespace wavelock

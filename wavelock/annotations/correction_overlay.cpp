@@ -131,7 +131,7 @@ bool CCorrectionOverlay::Save(CTffFile& container) const {
   for (const auto& segment : segments_) {
     if (!SaveSegment(container, *segment, id++)) return false;
   }
-  if (!HasRows() && params.alwaysSave == 0) return true;
+  if (!SavesParameters()) return true;
   if (!container.WriteSection(tag::kOverlayParameters, sizeof params, &params, 0)) return false;
   return std::all_of(Rows().begin(), Rows().end(), [&container](const OverlayRow& row) {
     return container.WriteSection(tag::kOverlayRow, sizeof row, &row, 0);
@@ -197,8 +197,15 @@ float CCorrectionOverlay::GetRowValue(std::int32_t rowIndex, std::uint32_t chann
 
 const OverlaySegment* CCorrectionOverlay::EnterSegment(std::uint32_t sample) {
   if (currentSegment_ != nullptr && currentSegment_->Holds(sample)) return currentSegment_;
-  PrepareLookups();
-  const std::uint32_t index = segmentsBySample_.At(sample).index;
+  const auto find = [&] {
+    PrepareLookups();
+    return segmentsBySample_.At(sample).index;
+  };
+  std::uint32_t index = find();
+  if (index != FirstFitMap::kNone && !segments_[index]->Holds(sample)) {
+    isPrepared_ = false;  // somebody has changed a segment
+    index = find();
+  }
   if (index == FirstFitMap::kNone) return nullptr;
   currentSegment_ = segments_[index].get();
   evaluator_.Setup(params.polyOrder, params.polyChannels, currentSegment_->firstSample,

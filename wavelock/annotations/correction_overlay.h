@@ -76,6 +76,9 @@ class CCorrectionOverlay {
   // written.
   bool Save(CTffFile& container) const;
 
+  // Whether Save writes the parameters, without which a reader finds no corrections.
+  bool SavesParameters() const { return HasRows() || params.alwaysSave != 0; }
+
   bool HasRows() const { return !rows_.IsEmpty(); }
   bool HasSegments() const { return !segments_.empty(); }
   std::int32_t GetSampleShift() const { return params.sampleShift; }

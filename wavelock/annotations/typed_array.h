@@ -21,6 +21,16 @@ class TypedArray {
   static_assert(std::is_trivially_copyable_v<Element>);
 
  public:
+  TypedArray() = default;
+  TypedArray(TypedArray&& other) noexcept { *this = std::move(other); }
+  TypedArray& operator=(TypedArray&& other) noexcept {
+    elements_ = std::move(other.elements_);
+    size_ = std::exchange(other.size_, 0);
+    capacity_ = std::exchange(other.capacity_, 0);
+    growStep_ = other.growStep_;
+    return *this;
+  }
+
   // A `growStep` other than -1 is kept for later growth; 0 lets the array choose. Elements that come into use
   // are zero. False when memory ran out: the array is then as it was.
   bool SetSize(std::int32_t size, std::int32_t growStep = -1) {

@@ -33,8 +33,8 @@ class CDerivationFile {
   explicit CDerivationFile(Host& host = Host::Default()) : host_(&host) {}
 
   // Reads a file and matches its columns with the labels of channels. `name` gets ".LDR" when it has no
-  // extension. False on failure: errorCode and errorText then tell which, nothing of the file is kept, and
-  // the person is told unless showNotices is 0 or a count in the file was below 1.
+  // extension. False on failure: errorCode and errorText then tell which, no names and no weights of the file
+  // are kept, and the person is told unless showNotices is 0 or a count in the file was below 1.
   bool Read(const std::string& name, std::int32_t channelCount, std::int32_t blockPoints,
             const std::string labels[]);
 

@@ -20,6 +20,15 @@ namespace wavelock {
 template <class T>
 class OwnedVector {
  public:
+  OwnedVector() = default;
+  OwnedVector(OwnedVector&& other) noexcept
+      : elements_(std::move(other.elements_)), size_(std::exchange(other.size_, 0)) {}
+  OwnedVector& operator=(OwnedVector&& other) noexcept {
+    elements_ = std::move(other.elements_);
+    size_ = std::exchange(other.size_, 0);
+    return *this;
+  }
+
   explicit operator bool() const { return elements_ != nullptr; }
   std::size_t Size() const { return size_; }
   T& operator[](std::size_t index) { return elements_[index]; }

@@ -6,7 +6,7 @@ namespace wavelock {
 
 // Whatever of it is damaged is missing afterwards; the recording opens all the same.
 void CRecordingFile::ReadAnnotations(CTffFile& tail, int fileClass) {
-  markerList.Load(tail, setup->channelCount);
+  opened_.markersAreKnown = markerList.Load(tail, setup->channelCount);
   if (fileClass != kContinuous) return;
   overlay.Load(tail);
   labelList.Load(tail);

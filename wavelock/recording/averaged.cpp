@@ -189,7 +189,7 @@ bool CRecordingFile::ReadAveragedSection(std::int32_t count, float* out, int sec
     rules.isHalved = true;
     TakeSpectrumAsAmplitudes();
   }
-  if (section == kAverageSection && !averageRules_) averageRules_ = rules;
+  if (section == kAverageSection && !opened_.averageRules) opened_.averageRules = rules;
   const std::span<float> values(out, static_cast<std::size_t>(count) * channels);
   const bool isWhole = LiesInside(shape.position, shape.RowBytes() * channels, fileSize) &&
                        file->SeekTo(shape.position) && ReadSectionRows(section, shape, rules, values);
@@ -235,7 +235,7 @@ bool CRecordingFile::ReadSectionRows(int section, const SectionShape& shape, con
 
 std::int32_t CRecordingFile::WriteAverageSection(const float* data, std::uint32_t bytes, int section) try {
   if (section != kAverageSection && section != kFirstFsp && section != kSecondFsp) return 0;
-  if (!setup || !file || (data == nullptr && HasValues(*setup, section))) return 0;
+  if (!setup || !IsBeingMade() || (data == nullptr && HasValues(*setup, section))) return 0;
   const std::optional<std::int32_t> size = SizeToWrite(*setup, section);
   if (!size || (section == kAverageSection && !HasAllChannels(*setup))) return 0;
   const auto limit = section == kAverageSection ? static_cast<std::uint32_t>(*size)
@@ -249,7 +249,7 @@ std::int32_t CRecordingFile::WriteAverageSection(const float* data, std::uint32_
 
 std::int32_t CRecordingFile::WriteVarianceSection(const float* data, std::uint32_t /*bytes*/) try {
   constexpr std::int32_t kNoMemory = -1;
-  if (!setup || !file || (data == nullptr && HasValues(*setup, kVarianceSection))) return 0;
+  if (!setup || !IsBeingMade() || (data == nullptr && HasValues(*setup, kVarianceSection))) return 0;
   const std::optional<std::int32_t> size = SizeToWrite(*setup, kVarianceSection);
   if (!size || !WriteSectionRows(data, kVarianceSection, static_cast<std::uint32_t>(*size))) return kNoMemory;
   wroteVariance = 1;
@@ -284,7 +284,7 @@ bool CRecordingFile::WriteSectionRows(const float* data, int section, std::uint3
     }
     const std::span<std::byte> written = bytes.first(std::min<std::size_t>(bytes.size(), limit));
     if (!file->Write(written)) {
-      lacksSection_ = true;
+      created_->lacksSection = true;
       return true;
     }
     limit -= static_cast<std::uint32_t>(written.size());
@@ -298,8 +298,19 @@ bool CRecordingFile::WriteSectionRows(const float* data, int section, std::uint3
 bool CRecordingFile::LacksStatistics() {
   if (GetFileClass(&rawHeader) != kAverage) return false;
   const SectionShape last = ShapeOf(rawHeader.header, kSecondFsp, static_cast<std::uint64_t>(dataStart));
-  const std::uint64_t end = HasTail() ? std::min(TailPosition(), fileSize) : fileSize;
-  return !LiesInside(last.position, last.RowBytes() * rawHeader.header.channelCount, end);
+  return !LiesInside(last.position, last.RowBytes() * rawHeader.header.channelCount, DataEnd());
+}
+
+// A header that counts too little leaves at least one channel's values behind the last section.
+bool CRecordingFile::CountsAllSections() {
+  const RecordingHeader& header = rawHeader.header;
+  const auto start = static_cast<std::uint64_t>(dataStart);
+  int last = HasSection(header, kVarianceSection) ? kVarianceSection : kAverageSection;
+  if (HasSection(header, kSecondFsp) && !LacksStatistics()) last = kSecondFsp;
+  const SectionShape shape = ShapeOf(header, last, start);
+  const std::uint64_t end = shape.position + shape.RowBytes() * header.channelCount;
+  const std::uint64_t next = DataEnd();
+  return next < end || next - end < ShapeOf(header, kAverageSection, start).RowBytes();
 }
 
 bool CRecordingFile::CopySections(File& target) {
@@ -307,8 +318,8 @@ bool CRecordingFile::CopySections(File& target) {
   for (const int section : {kAverageSection, kVarianceSection, kFirstFsp, kSecondFsp}) {
     const bool isOfStatistics = section == kFirstFsp || section == kSecondFsp;
     if (!HasSection(rawHeader.header, section) || (isOfStatistics && lacksStatistics)) continue;
-    const SectionRules rules =
-        section == kAverageSection && averageRules_ ? *averageRules_ : TakeSectionRules(section);
+    const SectionRules rules = section == kAverageSection && opened_.averageRules ? *opened_.averageRules
+                                                                                  : TakeSectionRules(section);
     if (!CopySectionRows(section, rules, target)) return false;
   }
   return true;

@@ -14,14 +14,6 @@
 namespace wavelock {
 namespace {
 
-// Layouts of the samples. Values above these are read like kPlain and counted like kBlocks.
-enum SampleLayout : int {
-  kWithTriggers = 0,  // two trigger words behind the channels of each sample
-  kPlain = 1,
-  kWithLeadingWord = 2,  // one word ahead of the channels of each sample
-  kBlocks = 3,           // blocks of one run of samples for each channel
-};
-
 // Bytes that are read and rearranged at a time: enough to make a read worth its call, little enough to stay
 // in the cache.
 constexpr std::size_t kChunkBytes = 256 * 1024;
@@ -41,7 +33,7 @@ std::size_t WordsBesideChannels(int layout) {
 
 // The table of a large file lies less than 4 GiB before the tail, so the tail's high word is its own or one
 // above.
-std::uint64_t CRecordingFile::ReadEventTablePosition() const {
+std::uint64_t CRecordingFile::EventTablePosition() const {
   const RecordingHeader& header = rawHeader.header;
   const std::uint32_t low = header.eventTablePosition;
   if (largeFile == 0) return static_cast<std::uint64_t>(std::int64_t{static_cast<std::int32_t>(low)});
@@ -57,7 +49,7 @@ std::uint64_t CRecordingFile::GetContinuousSampleCount() {
   const auto toFileEnd = static_cast<std::int64_t>(fileSize) - dataStart;
   // Never above the file's size, so it has a sign only when the table claims to lie before the samples.
   const std::int64_t toTable =
-      static_cast<std::int64_t>(std::min(ReadEventTablePosition(), fileSize)) - dataStart;
+      static_cast<std::int64_t>(std::min(EventTablePosition(), fileSize)) - dataStart;
   std::int64_t count = 0;
   switch (header.sampleLayout) {
     case kWithTriggers:
@@ -84,7 +76,7 @@ bool CRecordingFile::CountsAllSamples() {
   const int layout = header.sampleLayout;
   const std::uint64_t channels = header.channelCount;
   const bool hasTable = layout != kWithTriggers && layout != kWithLeadingWord;
-  const std::uint64_t end = hasTable ? std::min(ReadEventTablePosition(), fileSize) : fileSize;
+  const std::uint64_t end = hasTable ? std::min(EventTablePosition(), fileSize) : fileSize;
   const auto start = static_cast<std::uint64_t>(dataStart);
   const std::uint64_t unit =
       layout == kBlocks ? header.blockBytes * channels
@@ -310,7 +302,7 @@ bool CRecordingFile::AppendCounts(std::span<const float> values, std::size_t cou
   const auto channels = static_cast<std::size_t>(setup->channelCount);
   const auto width = static_cast<std::size_t>(sampleWidth);
   const std::size_t samplesAtOnce = std::max<std::size_t>(1, kChunkBytes / (channels * width));
-  bool isWritten = file != nullptr;
+  bool isWritten = IsBeingMade();
   for (std::size_t first = 0; first < values.size();) {
     const std::size_t piece = std::min(samplesAtOnce * channels, values.size() - first);
     const std::span<std::byte> raw = rawBuffer_.Take(piece * width);

@@ -21,6 +21,7 @@ CTFDEpoch* CRecordingFile::LoadDataObject(std::uint32_t index) try {
   if (!LoadSet(index) || !LoadFsp() || !TakeMarkers(*loadedData, index)) loadedData.reset();
   return loadedData.get();
 } catch (const std::bad_alloc&) {
+  loadedData.reset();
   return nullptr;
 }
 
@@ -126,12 +127,13 @@ bool CRecordingFile::TakeMarkers(CTFDEpoch& data, std::uint32_t index) const {
 bool CRecordingFile::KeepAverage() {
   if (LoadDataObject(0) == nullptr) return false;
   keptData = std::move(loadedData);
+  keptData->errorText = {};  // as of a copy
   CloseFile();
   return true;
 }
 
 bool CRecordingFile::WriteTimeFrequencyData(CTFDEpoch* data) {
-  if (data == nullptr || !file || !data->Demultiplex()) return false;
+  if (data == nullptr || !IsBeingMade() || !data->Demultiplex()) return false;
   if (data->imaginary.Rows() != data->main.Rows() || data->imaginary.Columns() != data->main.Columns())
     return false;
   const std::size_t rowBytes = data->main.Columns() * sizeof(float);

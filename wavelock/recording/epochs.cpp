@@ -179,7 +179,7 @@ bool CRecordingFile::GetEpochInfo(std::int32_t index, std::uint16_t* trialType, 
 
 bool CRecordingFile::AppendEpochHead(std::uint16_t trialType, std::uint8_t accept, std::uint16_t correct,
                                      float reactionTime, std::uint16_t response) {
-  if (!file) return false;
+  if (!IsBeingMade()) return false;
   EpochHeader head;
   head.trialType = trialType;
   head.accept = accept;
@@ -189,12 +189,14 @@ bool CRecordingFile::AppendEpochHead(std::uint16_t trialType, std::uint8_t accep
   return file->Write(BytesOf(head));
 }
 
-bool CRecordingFile::AppendEpochFloat(const float* in, std::uint32_t inBytes) {
+bool CRecordingFile::AppendEpochFloat(const float* in, std::uint32_t inBytes) try {
   const std::size_t came = inBytes / sizeof(float);
   if ((in == nullptr && came != 0) || setup->channelCount < 1) return false;
   const std::uint64_t wanted = static_cast<std::uint64_t>(std::max(setup->pointCount, 0)) *
                                static_cast<std::uint64_t>(setup->channelCount);
   return AppendCounts({in, came}, static_cast<std::size_t>(std::min<std::uint64_t>(came, wanted)));
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 }  // namespace wavelock

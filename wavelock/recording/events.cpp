@@ -91,20 +91,33 @@ int CRecordingFile::GetEventCount() {
   return GetFileClass(&rawHeader) == kContinuous ? static_cast<int>(eventGroup.Size()) : 0;
 }
 
-bool CRecordingFile::ReadEvents() try {
-  eventsAreKnown_ = false;
-  constexpr int kLayoutWithTriggers = 0;
-  constexpr int kLayoutWithoutEvents = 2;
+bool CRecordingFile::ReadEvents() {
+  opened_.eventsAreKnown = false;
   if (GetFileClass(&rawHeader) != kContinuous || !file) return false;
   eventGroup.SetSize(0);
-  const int layout = rawHeader.header.sampleLayout;
-  if (layout == kLayoutWithTriggers) return eventsAreKnown_ = ReadTriggerWords();
-  if (layout == kLayoutWithoutEvents) {
-    eventsAreKnown_ = true;  // nobody ever could
-    ReportMessage(NumberedMessage(MessageNumber::kEventsUnreadableLayout));
-    return false;
+  const bool areRead = ReadStoredEvents();
+  if (!areRead) eventGroup.SetSize(0);
+  opened_.eventsAreKnown |= areRead;
+  return areRead;
+}
+
+bool CRecordingFile::ReadStoredEvents() try {
+  switch (rawHeader.header.sampleLayout) {
+    case kWithTriggers:
+      return ReadTriggerWords();
+    case kWithLeadingWord:
+      opened_.eventsAreKnown = true;  // nobody could ever read them
+      ReportMessage(NumberedMessage(MessageNumber::kEventsUnreadableLayout));
+      return false;
+    default:
+      return ReadEventTable() && eventGroup.RemoveDuplicates();
   }
-  if (!file->SeekTo(ReadEventTablePosition())) return false;
+} catch (const std::bad_alloc&) {
+  return false;
+}
+
+bool CRecordingFile::ReadEventTable() {
+  if (!file->SeekTo(EventTablePosition())) return false;
   EventTableHead head;
   const auto headBytes = file->Read(BytesOf(head));
   if (!headBytes) return false;
@@ -114,62 +127,63 @@ bool CRecordingFile::ReadEvents() try {
   }
   if (head.kind < kShortRecordsByOffset || head.kind > kRecordsBySample || head.byteSize < 0) return false;
   if (head.kind != kRecordsBySample && dataStart < 0) return false;
-  if (ReadEventRecords(head.kind, head.byteSize / RecordBytes(head.kind)) && eventGroup.RemoveDuplicates())
-    return eventsAreKnown_ = true;
-  eventGroup.SetSize(0);
-  return false;
-} catch (const std::bad_alloc&) {
-  eventGroup.SetSize(0);
-  return false;
+  return ReadEventRecords(head.kind, head.byteSize / RecordBytes(head.kind));
 }
 
-// False when the file ends before the table does or memory runs out; what was read until then stands in the
-// table.
+// False when the file ends before the table does or memory runs out.
 bool CRecordingFile::ReadEventRecords(int kind, std::int32_t count) {
-  const auto recordBytes = static_cast<std::size_t>(RecordBytes(kind));
-  const std::uint64_t available =
-      (fileSize - std::min(fileSize, file->Position().value_or(fileSize))) / recordBytes;
-  const auto readable =
-      static_cast<std::int32_t>(std::min<std::uint64_t>(available, static_cast<std::uint32_t>(count)));
+  const auto recordBytes = static_cast<std::uint64_t>(RecordBytes(kind));
+  const std::uint64_t left = fileSize - std::min(fileSize, file->Position().value_or(fileSize));
+  const auto readable = static_cast<std::int32_t>(
+      std::min<std::uint64_t>(left / recordBytes, static_cast<std::uint32_t>(count)));
   if (!eventGroup.SetSize(readable)) {
     ReportMessage(NumberedMessage(MessageNumber::kEventTableTooLarge));
     return false;
   }
-  const int sampleBytes = rawHeader.header.channelCount * sampleWidth;
-  const bool convertSegments = host.profile.GetInt(profile::kState, profile::kConvertSegments, 0) != 0;
   bool isWhole = readable == count;
-  int converted = 0;
+  std::size_t read = 0;
   for (std::span<EventRecord> rest = eventGroup.Elements(); !rest.empty();) {
     const std::span<EventRecord> records = rest.first(std::min(rest.size(), kRecordsAtOnce));
-    const std::span<std::byte> bytes = readBuffer_.Take(records.size() * recordBytes);
-    const std::size_t got = file->Read(bytes).value_or(0) / recordBytes;
-    for (std::size_t i = 0; i < got; ++i) {
-      EventRecord& record = records[i];
-      std::memcpy(&record, bytes.data() + i * recordBytes, recordBytes);
-      if (kind != kRecordsBySample) {
-        record.point = PointOfOffset(record.point, dataStart, sampleBytes);
-      }
-      if (convertSegments && IsSsSegment(record.SegmentClass())) {
-        record.SetSegmentClass(kDcSegment);
-        ++converted;
-      }
-    }
-    if (got < records.size()) {
-      isWhole = false;
-      break;
-    }
+    const std::size_t got = ReadSomeEvents(kind, records);
+    read += got;
+    isWhole = isWhole && got == records.size();
+    if (got < records.size()) break;
     rest = rest.subspan(got);
   }
-  if (converted != 0) ShowNotice(host, "Converted " + std::to_string(converted) + " SS segments to DC");
+  ConvertSegments(eventGroup.Elements().first(read));
   return isWhole;
 }
 
-// One pass over all samples. A record that the file ends in counts for nothing; events found before a failed
-// read stay.
+// How many of the records the file gave.
+std::size_t CRecordingFile::ReadSomeEvents(int kind, std::span<EventRecord> records) {
+  const auto recordBytes = static_cast<std::size_t>(RecordBytes(kind));
+  const int sampleBytes = rawHeader.header.channelCount * sampleWidth;
+  const std::span<std::byte> bytes = readBuffer_.Take(records.size() * recordBytes);
+  const std::size_t got = file->Read(bytes).value_or(0) / recordBytes;
+  for (std::size_t i = 0; i < got; ++i) {
+    EventRecord& record = records[i];
+    std::memcpy(&record, bytes.data() + i * recordBytes, recordBytes);
+    if (kind != kRecordsBySample) record.point = PointOfOffset(record.point, dataStart, sampleBytes);
+  }
+  return got;
+}
+
+void CRecordingFile::ConvertSegments(std::span<EventRecord> records) {
+  if (host.profile.GetInt(profile::kState, profile::kConvertSegments, 0) == 0) return;
+  int converted = 0;
+  for (EventRecord& record : records) {
+    if (!IsSsSegment(record.SegmentClass())) continue;
+    record.SetSegmentClass(kDcSegment);
+    ++converted;
+  }
+  if (converted != 0) ShowNotice(host, "Converted " + std::to_string(converted) + " SS segments to DC");
+}
+
+// One pass over all samples. A record that the file ends in counts for nothing.
 bool CRecordingFile::ReadTriggerWords() {
   constexpr std::size_t kTriggerWords = 2;
   constexpr std::uint64_t kRecordsOfChunk = 2048;
-  if (sampleWidth != 2 || !file || rawHeader.header.sampleLayout != 0) return false;
+  if (sampleWidth != 2 || !file || rawHeader.header.sampleLayout != kWithTriggers) return false;
   if (dataStart < 0 || static_cast<std::uint64_t>(dataStart) >= fileSize) return true;
   const std::size_t channels = rawHeader.header.channelCount;
   const std::size_t words = channels + kTriggerWords;
@@ -193,7 +207,7 @@ bool CRecordingFile::ReadTriggerWords() {
 }
 
 bool CRecordingFile::WriteEventTable() {
-  if (!file || !setup) return false;
+  if (!IsBeingMade() || !setup) return false;
   WriteEvents(*file, dataStart);
   return true;
 }
@@ -213,31 +227,35 @@ bool CRecordingFile::EventsFitOffsets(int start) const {
 void CRecordingFile::WriteEvents(File& target, int start) {
   constexpr std::uint64_t kLargestByOffset = 0x40000000;
   const bool bySample =
-      target.Size().value_or(0) >= kLargestByOffset || (!isCreated_ && !EventsFitOffsets(start));
-  const int sampleBytes = setup->channelCount * sampleWidth;
-  const std::span<const EventRecord> events = eventGroup.Elements();
+      target.Size().value_or(0) >= kLargestByOffset || (!created_ && !EventsFitOffsets(start));
   EventTableHead head;
   head.kind = static_cast<std::uint8_t>(bySample ? kRecordsBySample : kRecordsByOffset);
-  head.byteSize = WrapToInt32(static_cast<std::int64_t>(events.size_bytes()));
-  const std::optional<std::uint64_t> position = target.Position();
+  head.byteSize = WrapToInt32(static_cast<std::int64_t>(eventGroup.Elements().size_bytes()));
   const EventTableHead hole{};
-  bool isWritten = position && target.Write(std::as_bytes(std::span(&hole, 1)));
-  for (std::size_t first = 0; first < events.size() && isWritten; first += kRecordsAtOnce) {
-    const std::span<const EventRecord> part =
-        events.subspan(first, std::min(kRecordsAtOnce, events.size() - first));
+  const std::optional<std::uint64_t> position = target.Position();
+  const bool hasRecords = position && target.Write(std::as_bytes(std::span(&hole, 1))) &&
+                          WriteEventRecords(target, start, bySample);
+  const std::optional<std::uint64_t> end = target.Position();
+  const bool isWritten =
+      hasRecords && end && target.SeekTo(*position) && target.Write(BytesOf(head)) && target.SeekTo(*end);
+  if (!isWritten) ReportMessage(NumberedMessage(MessageNumber::kEventTableNotWritten));
+}
+
+bool CRecordingFile::WriteEventRecords(File& target, int start, bool bySample) {
+  const int sampleBytes = setup->channelCount * sampleWidth;
+  for (std::span<const EventRecord> rest = eventGroup.Elements(); !rest.empty();) {
+    const std::span<const EventRecord> part = rest.first(std::min(kRecordsAtOnce, rest.size()));
     const std::span<std::byte> bytes = readBuffer_.Take(part.size_bytes());
-    isWritten = bytes.size() == part.size_bytes();
-    for (std::size_t i = 0; i < part.size() && isWritten; ++i) {
+    if (bytes.empty()) return false;
+    for (std::size_t i = 0; i < part.size(); ++i) {
       EventRecord record = part[i];
       if (!bySample) record.point = OffsetOfPoint(record.point, start, sampleBytes);
       std::memcpy(bytes.data() + i * sizeof record, &record, sizeof record);
     }
-    isWritten = isWritten && target.Write(bytes);
+    if (!target.Write(bytes)) return false;
+    rest = rest.subspan(part.size());
   }
-  const std::optional<std::uint64_t> end = target.Position();
-  isWritten =
-      isWritten && end && target.SeekTo(*position) && target.Write(BytesOf(head)) && target.SeekTo(*end);
-  if (!isWritten) ReportMessage(NumberedMessage(MessageNumber::kEventTableNotWritten));
+  return true;
 }
 
 }  // namespace wavelock

@@ -15,8 +15,6 @@ namespace wavelock {
 namespace {
 
 constexpr std::uint64_t kLargeFileSize = 0x80000000;
-constexpr int kFirstRevisionWithTail = 14;
-constexpr int kModifiedRevision = 15;  // by a program whose tails are not to be trusted
 constexpr std::uint64_t kFirstSizeWithHighWord = 0x40000000;  // the high word of the tail's position counts
 constexpr std::int32_t kFirstUnknownTail = 2;
 
@@ -54,26 +52,13 @@ CRecordingFile::CRecordingFile(int silentFlag, Host& hostServices)
 CRecordingFile::~CRecordingFile() = default;
 
 bool CRecordingFile::OpenFile(std::string path) try {
-  kindPromptDone = 0;
-  keptData.reset();
-  averageRules_.reset();
-  isCreated_ = lacksSection_ = isReadWell_ = isTranslated_ = eventsAreKnown_ = false;
-  path = CleanPath(std::move(path));
-  std::string systemText;
-  file = host.files.Open(path, OpenMode::kReadWrite);
-  if (!file) file = host.files.Open(path, OpenMode::kReadOnly, &systemText);
-  if (!file) {
-    ReportMessage(NumberedMessage(MessageNumber::kFileNotOpened, path));
-    ReportMessage({.source = ModalSource::kSystem, .text = systemText});
-    return false;
-  }
-  fileName = file->Name();
-  filePath = file->Path();
+  StartOver();
+  if (!OpenFromDisk(CleanPath(std::move(path)))) return false;
   auto watchedFile = std::make_unique<WatchedFile>(std::move(file));
   const WatchedFile& watched = *watchedFile;
   file = std::move(watchedFile);
   const bool headIsRead = ReadFileHead();
-  isReadWell_ = !watched.HasFailed();
+  opened_.isReadWell = !watched.HasFailed();
   sampleWidth = WidthOf(*setup);
   if (!headIsRead) {
     ReportMessage(NumberedMessage(MessageNumber::kHeadNotRead));
@@ -89,6 +74,29 @@ bool CRecordingFile::OpenFile(std::string path) try {
 } catch (const std::bad_alloc&) {
   CloseFile();
   return false;
+}
+
+void CRecordingFile::StartOver() {
+  kindPromptDone = 0;
+  keptData.reset();
+  ClearEpochHeaders();
+  opened_ = {};
+  created_.reset();
+  isSavedWhole_ = false;
+}
+
+bool CRecordingFile::OpenFromDisk(const std::string& path) {
+  std::string systemText;
+  file = host.files.Open(path, OpenMode::kReadWrite);
+  if (!file) file = host.files.Open(path, OpenMode::kReadOnly, &systemText);
+  if (!file) {
+    ReportMessage(NumberedMessage(MessageNumber::kFileNotOpened, path));
+    ReportMessage({.source = ModalSource::kSystem, .text = systemText});
+    return false;
+  }
+  fileName = file->Name();
+  filePath = file->Path();
+  return true;
 }
 
 void CRecordingFile::WarnOfNewerWriter() {
@@ -111,10 +119,9 @@ void CRecordingFile::WarnOfModification() {
 bool CRecordingFile::ReadFileHead() {
   const WaitCursor wait(host.modal);
   rawHeader = {};
-  dataStart = headerRevision = -1;
   if (!ReadHeaderBlock()) return false;
   // A translation that stopped has reported why; the samples may still be worth having.
-  isTranslated_ = TranslateHeader(&rawHeader, setup.get());
+  opened_.isTranslated = Translate(rawHeader, *setup);
   fileSize = file->Size().value_or(0);
   largeFile = fileSize >= kLargeFileSize ? 1 : 0;
   const int fileClass = GetFileClass(&rawHeader);

@@ -20,8 +20,6 @@ struct PairHead {
 constexpr std::uint64_t kPairHeadBytes = sizeof(PairHead);
 static_assert(kPairHeadBytes == 2 + 2 + 4);
 
-constexpr int kFirstRevisionWithTail = 14;
-
 // The smallest place that counts as one.
 constexpr std::int32_t kLeastPosition = 2;
 
@@ -138,7 +136,8 @@ bool CRecordingFile::WritePair(const CTFDPaired& data, std::size_t pair, std::in
 }
 
 bool CRecordingFile::WritePairedData(CTFDPaired* data) try {
-  if (data == nullptr || data->ready == 0 || !file || !IsChannelCount(data->GetChannelCount())) return false;
+  if (data == nullptr || data->ready == 0 || !IsBeingMade() || !IsChannelCount(data->GetChannelCount()))
+    return false;
   const auto channels = static_cast<std::size_t>(data->GetChannelCount());
   std::vector<std::int32_t> positions;
   Matrix<std::int32_t> matrix;

@@ -49,16 +49,6 @@ struct BlockShape;
 struct SectionShape;
 class OverlayPass;
 
-// Values of `dataKind`, as GetFileClass and GetAcquisitionKind give them.
-enum DataKind : int {
-  kUnreadable = -1,
-  kAverage = 0,
-  kEpochs = 1,
-  kContinuous = 2,
-  kAverageWithStatistics = 3,
-  kTimeFrequency = 4,
-};
-
 class CRecordingFile {
  public:
   // With `silent` not 0 reported messages are dropped, questions count as answered yes, and prompts that only
@@ -79,9 +69,11 @@ class CRecordingFile {
   // for it. False when none was open.
   bool CloseFile();
 
-  // False when the file may not be written or none is open.
+  // False when the file may not be written, and when none is open; an average, which is closed again as soon
+  // as it was read, is looked up under its path, and counts as writable when there is nothing there any more.
   virtual bool IsFileWritable();
 
+  // Shows a message, unless the recording is silent.
   void ReportMessage(const ModalText& message);
 
   std::string GetFileName() const { return fileName; }
@@ -89,7 +81,7 @@ class CRecordingFile {
   CSetup* GetSetup() { return setup.get(); }
   CEventTable& GetEventTable() { return eventGroup; }
 
-  // `dataKind` of the setup, -100 without one.
+  // `dataKind` of the setup, a DataKind; -100 without one.
   int GetAcquisitionKind() const;
 
   // Where the tagged container of the open file begins, if it has one.
@@ -110,7 +102,7 @@ class CRecordingFile {
   // ---- header to setup
 
   // Fills `target` from the image, and repairs impossible values in the image. False when a rate or a channel
-  // count stopped it, which has been reported; fields up to that point are set.
+  // count stopped it, which has been reported, and when memory ran out; fields up to that point are set.
   bool TranslateHeader(HeaderImage* header, CSetup* target);
 
   // ---- continuous samples
@@ -118,7 +110,8 @@ class CRecordingFile {
   // Samples `start` up to, not including, `end`, sample-major: all channels of the first, then of the next.
   // `outBytes` is exactly what they need: 4 bytes a value for microvolts, `sampleWidth` for stored integers,
   // which may lie at any even address.
-  // Corrections are laid over them, except for the kind that a flag that is not 0 skips.
+  // Corrections are laid over them, except for the kind that a flag that is not 0 skips. Microvolts are made
+  // of what ReadContinuousRaw gives, which is asked for piece by piece without any corrections.
   // False, with `out` undefined, for any other size, an empty or impossible range, another kind of file, a
   // file that ends before the samples do, or a sample between the segments of its corrections.
   virtual bool ReadContinuousFloat(std::uint64_t start, std::uint64_t end, float* out, std::uint32_t outBytes,
@@ -127,7 +120,8 @@ class CRecordingFile {
                                  int skipPolynomials, int skipRows);
 
   // Converts microvolts, sample-major, to integers of `sampleWidth` and writes them where the file stands. A
-  // byte count that is no whole number of samples leaves zeros in the last one.
+  // byte count that is no whole number of samples leaves zeros in the last one. False, as from all that
+  // appends, for a recording that is not being created: what is in a file is never written over.
   virtual bool AppendContinuousFloat(const float* in, std::uint32_t inBytes);
 
   // Samples per channel, worked out from the header and the size of the file, whatever its kind. A damaged
@@ -135,7 +129,7 @@ class CRecordingFile {
   virtual std::uint64_t GetContinuousSampleCount();
 
   // Microvolts to counts, half away from zero. Values beyond the range are limited to +-32767 or
-  // +-2147483647, which sets `pendingConversionNotice`.
+  // +-2147483647, which sets `pendingConversionNotice`; so does a want of memory, which makes all of them 0.
   void FloatToRaw16(std::int16_t* raw, const float* in, std::uint32_t sampleCount, const CSetup& from);
   void FloatToRaw32(std::int32_t* raw, const float* in, std::uint32_t sampleCount, const CSetup& from);
 
@@ -145,7 +139,7 @@ class CRecordingFile {
   virtual int GetEventCount();
 
   // Reads the events in whatever form they are stored. False when they cannot be read; the table is then
-  // empty.
+  // empty. False as well, with the table as it was, when no file is open or it is of another kind.
   bool ReadEvents();
 
   // ---- epochs
@@ -227,8 +221,9 @@ class CRecordingFile {
   // before is no recording at all, and one that is saved has reached the disk.
 
   // Makes the file, or empties it, and leaves room for the header of the setup's channels, whose number must
-  // not change from here on. `width` is the bytes of a stored sample, 2 or 4. False, with no file left
-  // behind, when it cannot be written.
+  // not change from here on: what is saved with another is not whole. `width` is the bytes of a stored
+  // sample, 2 or 4. A file that was open before is let go of. False, with no file open and none left behind,
+  // when it cannot be written.
   virtual bool CreateFile(std::string path, int width);
 
   // Saves the recording and closes it. A `stamp` other than 0, in seconds since 1970, becomes the subject's
@@ -268,9 +263,12 @@ class CRecordingFile {
   // stand in a header are replaced, in the setup too. False for a setup of an unknown kind, of which only the
   // first fields are filled, and for null.
   bool FillHeader(CSetup* from, void* buffer);
+
+  // Writes `size` bytes of such a block where `target` stands. False when they did not all arrive.
   bool WriteHeaderBlock(const void* buffer, File* target, int size);
 
-  // Writes the events where the file stands, as byte offsets in files below 1 GiB and as samples above.
+  // Writes the events of a recording that is being created where the file stands, as byte offsets in files
+  // below 1 GiB and as samples above. False, with nothing written, for any other recording.
   bool WriteEventTable();
 
   // ---- state, open to the classes of the system
@@ -308,15 +306,18 @@ class CRecordingFile {
 
  private:
   bool ReadFileHead();
+  bool Translate(HeaderImage& image, CSetup& into);
   bool HasTail() const;
   bool ReadTail(int fileClass);
   bool AcceptsTailRevision(CTffFile& tail);
   void WarnOfModification();
   void WarnOfNewerWriter();
 
+  void StartOver();
+  bool OpenFromDisk(const std::string& path);
   bool ReadHeaderBlock();
-  void ReadVersionedHeader();
-  void ConvertOldestLayout();
+  bool ReadVersionedHeader();
+  bool ConvertOldestLayout();
   bool RefuseChannelCount();
 
   void CheckExtension(HeaderImage* header);
@@ -324,7 +325,7 @@ class CRecordingFile {
   void ReadAnnotations(CTffFile& tail, int fileClass);
   std::unique_ptr<OverlayPass> StartCorrections(std::uint64_t start, int skipPolynomials, int skipRows);
 
-  std::uint64_t ReadEventTablePosition() const;
+  std::uint64_t EventTablePosition() const;
   bool IsContinuousRange(std::uint64_t start, std::uint64_t end);
   bool ReadStored(std::uint64_t start, std::uint64_t end, std::span<std::byte> out);
   bool ReadRecords(std::uint64_t start, std::uint64_t count, std::byte* out);
@@ -336,6 +337,7 @@ class CRecordingFile {
   std::uint64_t EndOfPiece(std::uint64_t start) const;
   bool AppendCounts(std::span<const float> values, std::size_t counted);
 
+  bool IsBeingMade() const { return file && created_; }
   std::uint64_t SamplesOfFile();
   void TakeTimeOfSaving(std::int64_t stamp);
   bool WriteBehindData(File& target, std::span<std::byte> block);
@@ -343,21 +345,29 @@ class CRecordingFile {
   bool CopyUnknownRecords(File& target);
   void SetReadOnlyIfWanted(const std::string& path);
 
+  bool ReadStoredEvents();
+  bool ReadEventTable();
   bool ReadEventRecords(int kind, std::int32_t count);
+  std::size_t ReadSomeEvents(int kind, std::span<EventRecord> records);
+  void ConvertSegments(std::span<EventRecord> records);
   bool ReadTriggerWords();
   bool EventsFitOffsets(int start) const;
   void WriteEvents(File& target, int start);
+  bool WriteEventRecords(File& target, int start, bool bySample);
 
   bool SaveOpened(std::int64_t stamp);
   bool IsKnownWhole();
+  bool IsWrittenAnew(std::uint32_t tag) const;
   bool CountsAllSamples();
   bool CountsAllEpochs();
+  bool CountsAllSections();
   bool WriteCopy(File& target);
   bool CopyData(File& target, int start);
   void DescribeData(RecordingHeader& copy);
   bool CopyBytes(std::uint64_t from, std::uint64_t count, File& target);
   bool CopySamples(File& target);
   bool CopyEpochs(File& target);
+  std::uint64_t DataEnd() const;
   bool LacksStatistics();
   bool CopySections(File& target);
   bool CopySectionRows(int section, const SectionRules& rules, File& target);
@@ -393,13 +403,24 @@ class CRecordingFile {
   bool PlacePairs(const CTFDPaired& data, std::vector<std::int32_t>& positions) const;
   bool WritePair(const CTFDPaired& data, std::size_t pair, std::int32_t position);
 
-  bool isCreated_ = false;                    // by CreateFile, not opened
-  bool lacksSection_ = false;                 // one of those written since the file was created is not whole
-  bool isReadWell_ = false;                   // no call to the disk failed while the file was opened
-  bool isSavedWhole_ = false;                 // all of the last save of a created recording arrived
-  bool isTranslated_ = false;                 // all of the header went into the setup
-  bool eventsAreKnown_ = false;               // all that there are
-  std::optional<SectionRules> averageRules_;  // that the average was read with
+  // What was learnt of a file while it was opened.
+  struct Opened {
+    bool isReadWell = false;    // no call to the disk failed
+    bool isTranslated = false;  // all of the header went into the setup
+    bool eventsAreKnown = false;
+    bool markersAreKnown = false;
+    std::optional<SectionRules> averageRules{};  // that the average was read with
+  };
+  Opened opened_;
+
+  // What became of a file since it was created.
+  struct Created {
+    std::int32_t channelCount;
+    bool lacksSection = false;  // one of those that were written is not whole
+  };
+  std::optional<Created> created_;  // nothing for a file that was opened
+
+  bool isSavedWhole_ = false;  // by the last save since the file was opened or created
 
   // Kept from request to request while a file is open.
   WorkBuffer readBuffer_;  // bytes as they come from the file

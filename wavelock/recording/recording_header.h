@@ -155,7 +155,7 @@ struct RecordingHeader {
   Stored<std::int8_t> fixBlock882;
   StoredBytes<1> reserved883;
   Stored<std::uint8_t> timeFrequencyFlag;
-  Stored<std::uint8_t> sampleLayout;         // of continuous samples, 0 to 3
+  Stored<std::uint8_t> sampleLayout;         // a SampleLayout, of continuous samples
   Stored<std::uint32_t> eventTablePosition;  // low 32 bits
   StoredBytes<4> reserved890;
   Stored<std::uint32_t> blockBytes;  // of one channel in one block of layout 3
@@ -244,6 +244,17 @@ static_assert(offsetof(ChannelRecord, reserved47) == 47);
 static_assert(offsetof(ChannelRecord, channelFlagB) == 50);
 static_assert(offsetof(ChannelRecord, calibration) == 59);
 static_assert(offsetof(ChannelRecord, sensitivity) == 71);
+
+// Values of `sampleLayout`. Those above are read like kPlain and counted like kBlocks.
+enum SampleLayout : int {
+  kWithTriggers = 0,  // two trigger words behind the channels of each sample
+  kPlain = 1,
+  kWithLeadingWord = 2,  // one word ahead of the channels of each sample
+  kBlocks = 3,           // blocks of one run of samples for each channel
+};
+
+inline constexpr int kFirstRevisionWithTail = 14;
+inline constexpr int kModifiedRevision = 15;  // by a program whose tails are not to be trusted
 
 inline constexpr int kMaxChannels = 512;
 

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <new>
 #include <span>
 
 #include "wavelock/recording/recording_file.h"
@@ -243,6 +244,15 @@ bool FloatToRaw(std::span<const float> in, Raw* raw, const CSetup& setup) {
   return anyBeyond;
 }
 
+// The same for a caller who is told of no failure.
+template <class Raw>
+bool FloatToRawOrZero(std::span<const float> in, Raw* raw, const CSetup& setup) try {
+  return FloatToRaw(in, raw, setup);
+} catch (const std::bad_alloc&) {
+  std::fill_n(raw, in.size(), Raw{0});
+  return true;
+}
+
 }  // namespace
 
 void RawToFloat16(const std::int16_t* raw, float* out, std::uint32_t sampleCount, const CSetup& setup) {
@@ -274,12 +284,12 @@ bool FloatsToRaw(std::span<const float> in, std::span<std::byte> raw, int width,
 
 void CRecordingFile::FloatToRaw16(std::int16_t* raw, const float* in, std::uint32_t sampleCount,
                                   const CSetup& from) {
-  if (FloatToRaw({in, sampleCount * from.Channels().size()}, raw, from)) pendingConversionNotice = 1;
+  if (FloatToRawOrZero({in, sampleCount * from.Channels().size()}, raw, from)) pendingConversionNotice = 1;
 }
 
 void CRecordingFile::FloatToRaw32(std::int32_t* raw, const float* in, std::uint32_t sampleCount,
                                   const CSetup& from) {
-  if (FloatToRaw({in, sampleCount * from.Channels().size()}, raw, from)) pendingConversionNotice = 1;
+  if (FloatToRawOrZero({in, sampleCount * from.Channels().size()}, raw, from)) pendingConversionNotice = 1;
 }
 
 }  // namespace wavelock

@@ -18,29 +18,21 @@ namespace {
 // The form of the tail. Readers ask before they open one that is newer than they know.
 constexpr std::int32_t kTailRevision = 1;
 
-// A file that is being made, which remembers every write that failed.
-class CreatedFile : public WatchedFile {
- public:
-  explicit CreatedFile(std::unique_ptr<File> open) : WatchedFile(*open), open_(std::move(open)) {}
-
- private:
-  const std::unique_ptr<File> open_;
-};
-
 }  // namespace
 
 bool CRecordingFile::CreateFile(std::string path, int width) try {
+  file.reset();
+  StartOver();
+  created_ = Created{setup->channelCount};
   pendingConversionNotice = 0;
-  lacksSection_ = false;
   wroteStatistics = 0;
   wroteVariance = 0;
-  isSavedWhole_ = false;
   if ((width != 2 && width != 4) || !IsStorableChannelCount(setup->channelCount)) return false;
   sampleWidth = width;
   const std::vector<std::byte> hole(HeaderSizeFor(setup->channelCount));
   std::unique_ptr<File> made = host.files.Open(path, OpenMode::kCreate);
   if (!made) return false;
-  file = std::make_unique<CreatedFile>(std::move(made));
+  file = std::make_unique<WatchedFile>(std::move(made));
   fileName = file->Name();
   filePath = file->Path();
   if (!file->Write(hole)) {
@@ -51,9 +43,9 @@ bool CRecordingFile::CreateFile(std::string path, int width) try {
     return false;
   }
   dataStart = static_cast<int>(hole.size());
-  isCreated_ = true;
   return true;
 } catch (const std::bad_alloc&) {
+  file.reset();
   return false;
 }
 
@@ -65,7 +57,7 @@ bool CRecordingFile::SaveAndClose(std::int64_t stamp) try {
   if (std::exchange(pendingConversionNotice, 0) != 0) {
     ReportMessage(NumberedMessage(MessageNumber::kSamplesClipped, fileName));
   }
-  if (!isCreated_) return SaveOpened(stamp);
+  if (!created_) return SaveOpened(stamp);
   if (!file) return false;
   const std::string path = filePath;
   setup->hasVariance = wroteVariance;
@@ -77,8 +69,9 @@ bool CRecordingFile::SaveAndClose(std::int64_t stamp) try {
   if (stamp != 0) TakeTimeOfSaving(stamp);
   std::vector<std::byte> block(static_cast<std::size_t>(HeaderSize()));
   FillHeader(setup.get(), block.data());
-  const auto* const created = dynamic_cast<const CreatedFile*>(file.get());
-  isSavedWhole_ = WriteBehindData(*file, block) && created != nullptr && !created->HasFailed();
+  const auto* const watched = dynamic_cast<const WatchedFile*>(file.get());
+  isSavedWhole_ = WriteBehindData(*file, block) && watched != nullptr && !watched->HasFailed() &&
+                  setup->channelCount == created_->channelCount;
   file.reset();
   fileName.clear();
   filePath.clear();
@@ -101,7 +94,8 @@ bool CRecordingFile::WriteBehindData(File& target, std::span<std::byte> block) {
   auto& header = *reinterpret_cast<RecordingHeader*>(block.data());
   const std::optional<std::uint64_t> dataEnd = target.Seek(0, SeekOrigin::kEnd);
   header.eventTablePosition = static_cast<std::uint32_t>(dataEnd.value_or(0));
-  if (setup->dataKind == kContinuous) WriteEvents(target, static_cast<int>(block.size()));
+  if (setup->dataKind == kContinuous)
+    WriteEvents(target, created_ ? dataStart : static_cast<int>(block.size()));
   target.Flush();
   const std::uint64_t tail = target.Seek(0, SeekOrigin::kEnd).value_or(0);
   WatchedFile watched(target);
@@ -113,7 +107,7 @@ bool CRecordingFile::WriteBehindData(File& target, std::span<std::byte> block) {
   // what they are; and without the end of the data nobody can tell how many there are.
   header.tailPositionLow = static_cast<std::uint32_t>(hasSetup ? tail : 0);
   header.tailPositionHigh = static_cast<std::uint32_t>(hasSetup ? tail >> 32 : 0);
-  const bool isReadable = dataEnd && !lacksSection_ && (hasSetup || sampleWidth == 2);
+  const bool isReadable = dataEnd && !(created_ && created_->lacksSection) && (hasSetup || sampleWidth == 2);
   constexpr std::size_t kLastByte = offsetof(RecordingHeader, channelCount) + 1;
   const std::byte lastByte = std::exchange(block[kLastByte], std::byte{0xFF});
   isWhole = target.SeekTo(0) && WriteHeaderBlock(block.data(), &target, static_cast<int>(block.size())) &&
@@ -132,7 +126,7 @@ bool CRecordingFile::WriteTail(File& target) {
   } else {
     isWhole = markerList.Save(tail);
   }
-  isWhole = (isCreated_ || CopyUnknownRecords(target)) && isWhole;
+  isWhole = (created_ || CopyUnknownRecords(target)) && isWhole;
   Stored<std::int32_t> revision;
   revision = kTailRevision;
   return tail.WriteSection(tag::kTailRevision, sizeof revision, &revision, 0) && isWhole;
@@ -149,7 +143,7 @@ void CRecordingFile::SetReadOnlyIfWanted(const std::string& path) {
 // Samples per channel: of a file that is being made, those between the header and where it ends now. Nothing
 // but continuous samples is counted.
 std::uint64_t CRecordingFile::SamplesOfFile() {
-  if (!isCreated_) return setup->dataKind == kContinuous ? GetContinuousSampleCount() : 0;
+  if (!created_) return setup->dataKind == kContinuous ? GetContinuousSampleCount() : 0;
   const std::uint64_t end = file ? file->Size().value_or(0) : 0;
   const auto sampleBytes =
       static_cast<std::uint64_t>(setup->channelCount) * static_cast<std::uint64_t>(sampleWidth);

@@ -3,31 +3,17 @@
 #include <algorithm>
 #include <cmath>
 #include <new>
+#include <vector>
 
 #include "wavelock/numerics/conversions.h"
 
 namespace wavelock {
 namespace {
 
-// Sum and sum of squares, on the way to a spread.
-struct Sums {
-  double values = 0;
-  double squares = 0;
+using Sums = CSignalStats::Sums;
 
-  void Add(double value) {
-    values += value;
-    squares += value * value;
-  }
-
-  // Of the squared distances from the mean. Rounding can bring it below 0 where there are none.
-  double Deviation(double count) const {
-    const double deviation = squares - values * values / count;
-    return deviation < 0 ? 0 : deviation;
-  }
-};
-
-// Shell's sort. It stands here, and not a faster one, for what it makes of values that are no numbers: those
-// stay where its steps leave them.
+// Shell's sort (D. L. Shell, A high-speed sorting procedure, 1959). It stands here, and not a faster one, for
+// what it makes of values that are no numbers: those stay where its steps leave them.
 void Sort(std::span<float> values) {
   const auto size = static_cast<std::ptrdiff_t>(values.size());
   float* const at = values.data();
@@ -82,20 +68,32 @@ bool TakesPart(const SetupChannel& channel) {
 
 }  // namespace
 
+void CSignalStats::Free() {
+  ready = channelCount = pointCount = selectedCount = 0;
+  selected.Free();
+  pointSpread.Free();
+  centred.Free();
+  ratios.Free();
+  for (Span& span : spans_) span = {};
+  columnSums_.Free();
+}
+
 bool CSignalStats::Prepare(std::int32_t channels, std::int32_t points, const int* flags) {
-  ready = 0;
+  Free();
+  if (flags == nullptr || channels < 0 || points < 0) return false;
   channelCount = channels;
   pointCount = points;
-  selectedCount = 0;
-  spans_ = {};
-  if (flags == nullptr || channels < 0 || points < 0) return false;
   if (!selected.Make(static_cast<std::size_t>(channels))) return false;
   std::copy_n(flags, channels, selected.All().begin());
   selectedCount =
       static_cast<std::int32_t>(std::count_if(flags, flags + channels, [](int flag) { return flag != 0; }));
   const auto columns = static_cast<std::size_t>(selectedCount);
   const auto rows = static_cast<std::size_t>(points);
-  return columns > 0 && pointSpread.Make(rows) && centred.Make(rows, columns) && ratios.Make(columns);
+  for (Span& span : spans_) {
+    if (!span.spreads.Make(columns)) return false;
+  }
+  return columns > 0 && columnSums_.Make(columns) && pointSpread.Make(rows) && ratios.Make(columns) &&
+         centred.Make(rows, columns);
 }
 
 void CSignalStats::Load(std::span<const float> data) {
@@ -110,7 +108,7 @@ void CSignalStats::Load(std::span<const float> data) {
     TakeSelected(data, point);
     Centre<1>(centred[point], columns, pointSpread.All().data() + point);
   }
-  spans_ = {};
+  for (Span& span : spans_) span.isKnown = false;
   ready = 1;
 }
 
@@ -125,26 +123,30 @@ void CSignalStats::TakeSelected(std::span<const float> data, std::size_t point) 
   }
 }
 
-const std::vector<double>& CSignalStats::ColumnSpreads(std::int32_t from, std::int32_t to) {
+std::span<const double> CSignalStats::ColumnSpreads(std::int32_t from, std::int32_t to) {
   for (const Span& span : spans_) {
-    if (span.from == from && span.to == to && !span.spreads.empty()) return span.spreads;
+    if (span.isKnown && span.from == from && span.to == to) return span.spreads.All();
   }
   Span& span = spans_[nextSpan_];
   nextSpan_ = (nextSpan_ + 1) % spans_.size();
-  const std::size_t columns = centred.Columns();
-  span = {from, to, std::vector<double>(columns)};
+  span.from = from;
+  span.to = to;
+  span.isKnown = true;
+  const std::span<double> spreads = span.spreads.All();
+  std::fill(spreads.begin(), spreads.end(), 0.0);
   const auto first = static_cast<std::size_t>(std::max(from, 0));
   const auto end = static_cast<std::size_t>(std::clamp(to, 0, pointCount));
-  if (end < first + 2) return span.spreads;
-  std::vector<Sums> sums(columns);
+  if (end < first + 2) return spreads;
+  const std::span<Sums> sums = columnSums_.All();
+  std::fill(sums.begin(), sums.end(), Sums{});
   for (std::size_t point = first; point < end; ++point) {
     const float* const row = centred[point];
-    for (std::size_t c = 0; c < columns; ++c) sums[c].Add(row[c]);
+    for (std::size_t c = 0; c < sums.size(); ++c) sums[c].Add(row[c]);
   }
   const auto count = static_cast<double>(end - first);
-  std::transform(sums.begin(), sums.end(), span.spreads.begin(),
+  std::transform(sums.begin(), sums.end(), spreads.begin(),
                  [count](const Sums& sum) { return std::sqrt(sum.Deviation(count) / (count - 1)); });
-  return span.spreads;
+  return spreads;
 }
 
 double CSignalStats::GetNoise(std::int32_t from, std::int32_t to, int mode) {

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <vector>
 
 #include "wavelock/numerics/matrices.h"
 #include "wavelock/setup/setup.h"
@@ -19,7 +18,7 @@ class CSignalStats {
   virtual ~CSignalStats() = default;
 
   // One flag for each channel, not 0 for those that take part. False without flags, for negative counts, when
-  // no channel takes part, and when memory ran out.
+  // no channel takes part, and when memory ran out: nothing can then be loaded or asked for.
   bool Prepare(std::int32_t channels, std::int32_t points, const int* flags);
 
   // Sample-major data of all channels. What they fall short of the prepared size counts as 0.
@@ -49,20 +48,40 @@ class CSignalStats {
   std::int32_t selectedCount = 0;
   OwnedVector<int> selected;
 
+  // Sum and sum of squares, on the way to a spread.
+  struct Sums {
+    double values = 0;
+    double squares = 0;
+
+    void Add(double value) {
+      values += value;
+      squares += value * value;
+    }
+
+    // Of the squared distances from the mean. Rounding can bring it below 0 where there are none.
+    double Deviation(double count) const {
+      const double deviation = squares - values * values / count;
+      return deviation < 0 ? 0 : deviation;
+    }
+  };
+
  private:
   struct Span {
     std::int32_t from = 0;
     std::int32_t to = 0;
-    std::vector<double> spreads;  // of all columns; empty while none are known
+    bool isKnown = false;
+    OwnedVector<double> spreads{};  // of all columns
   };
 
   bool HasData() const { return centred && ready == 1 && selectedCount >= 1; }
+  void Free();
   void TakeSelected(std::span<const float> data, std::size_t point);
-  const std::vector<double>& ColumnSpreads(std::int32_t from, std::int32_t to);
+  std::span<const double> ColumnSpreads(std::int32_t from, std::int32_t to);
 
   // The spans that were asked for last: one call of GetChannelRatio needs two, and the next one the same two.
   std::array<Span, 2> spans_;
   std::size_t nextSpan_ = 0;
+  OwnedVector<Sums> columnSums_;
 };
 
 // Gives the setup of an average the figures that it lacks: noise level, ratio of each channel, best ratio.

@@ -6,6 +6,7 @@
 // header, as the setup of a continuous recording is brought back to the time domain on the way.
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <string>
 
 #include "wavelock/numerics/conversions.h"
@@ -315,12 +316,16 @@ void TakeSubject(const RecordingHeader& header, CSubjectInfo& subject) {
 
 }  // namespace
 
-bool CRecordingFile::TranslateHeader(HeaderImage* image, CSetup* target) {
-  if (image == nullptr || target == nullptr || !target->subject) return false;
-  RecordingHeader& header = image->header;
-  CSetup& into = *target;
+bool CRecordingFile::TranslateHeader(HeaderImage* image, CSetup* target) try {
+  return image != nullptr && target != nullptr && target->subject && Translate(*image, *target);
+} catch (const std::bad_alloc&) {
+  return false;
+}
+
+bool CRecordingFile::Translate(HeaderImage& image, CSetup& into) {
+  RecordingHeader& header = image.header;
   if (!into.ResetToDefaults()) return false;
-  into.dataKind = GetFileClass(image);
+  into.dataKind = GetFileClass(&image);
   into.sampleRate = DecodeRate(header.rateCode);
   into.channelCount = header.channelCount;
   if (!IsChannelCount(into.channelCount)) {
@@ -333,7 +338,7 @@ bool CRecordingFile::TranslateHeader(HeaderImage* image, CSetup* target) {
   TakeFilter(header, into);
   TakeSpectrum(header, into);
   TakeSweeps(header, into);
-  into.detailKind = ClassifyHeader(image);
+  into.detailKind = ClassifyHeader(&image);
   into.fromRecording = 1;
   into.timeStart = header.timeStart;
   into.actualRate = ActualRate(header, into);
@@ -345,7 +350,7 @@ bool CRecordingFile::TranslateHeader(HeaderImage* image, CSetup* target) {
     ReportMessage(NumberedMessage(MessageNumber::kRatesDisagree));
   into.UpdateTimeAxis();  // from here on the rate comes from the axis
   TakeRest(header, into);
-  TakeChannels(*image, into);
+  TakeChannels(image, into);
   TakeSubject(header, *into.subject);
   return true;
 }

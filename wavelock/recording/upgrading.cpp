@@ -22,15 +22,12 @@ namespace {
 // Bytes that are copied at a time.
 constexpr std::uint64_t kCopiedAtOnce = 1024 * 1024;
 
-// Whether a save writes all records of a tag from what was read. Derived channels are not read when the
-// derivation file that they follow is not there.
-bool IsWrittenAnew(std::uint32_t tag, const CSetup& setup) {
+// The group of derived channels that a tag is of, if it is of one.
+std::optional<std::size_t> DerivedGroupOf(std::uint32_t tag) {
   constexpr std::uint32_t kTagsOfGroup = tag::kFirstDerivedChannel[1] - tag::kFirstDerivedChannel[0];
-  const std::uint32_t group = (tag - tag::kFirstDerivedChannel[0]) / kTagsOfGroup;
-  if (tag >= tag::kFirstDerivedChannel[0] && group < kDerivationFileCount) {
-    return setup.derivedCount[group] > 0;
-  }
-  return tag::IsKnown(tag);
+  const std::size_t group = (tag - tag::kFirstDerivedChannel[0]) / kTagsOfGroup;
+  if (tag < tag::kFirstDerivedChannel[0] || group >= kDerivationFileCount) return std::nullopt;
+  return group;
 }
 
 bool IsAverage(int dataKind) {
@@ -58,7 +55,7 @@ bool CRecordingFile::SaveOpened(std::int64_t stamp) {
 // An average was closed as soon as it was read, so its file is opened again for as long as this takes.
 bool CRecordingFile::SaveCopy(std::string path) try {
   const bool wasClosed = !file;
-  if (isCreated_ || (wasClosed && !keptData)) return false;
+  if (created_ || (wasClosed && !keptData)) return false;
   const WaitCursor wait(host.modal);
   if (wasClosed) file = host.files.Open(filePath, OpenMode::kReadOnly);
   const bool isSaved = file && IsKnownWhole() &&
@@ -74,20 +71,45 @@ bool CRecordingFile::SaveCopy(std::string path) try {
 // file that was opened.
 bool CRecordingFile::IsKnownWhole() {
   const int fileClass = GetFileClass(&rawHeader);
-  if (!isReadWell_ || !isTranslated_ || dataStart < 0 || file->Size() != fileSize) return false;
+  if (!opened_.isReadWell || !opened_.isTranslated || dataStart < 0 || file->Size() != fileSize) return false;
   const bool isSameKind =
       setup->dataKind == fileClass || (IsAverage(setup->dataKind) && IsAverage(fileClass));
   if (!isSameKind || setup->channelCount != rawHeader.header.channelCount) return false;
   switch (fileClass) {
     case kContinuous:
-      return eventsAreKnown_ && CountsAllSamples();
+      return opened_.eventsAreKnown && CountsAllSamples();
     case kEpochs:
       return CountsAllEpochs();
     case kTimeFrequency:
       return static_cast<bool>(pairMatrix);
     default:
-      return fileClass != kUnreadable;
+      return fileClass != kUnreadable && CountsAllSections();
   }
+}
+
+// Whether a save writes all records of a tag from what was read of them.
+bool CRecordingFile::IsWrittenAnew(std::uint32_t tag) const {
+  const bool isContinuous = setup->dataKind == kContinuous;
+  // Without the derivation file that they follow, derived channels are not read.
+  if (const auto group = DerivedGroupOf(tag)) return setup->derivedCount[*group] > 0;
+  switch (tag) {
+    case tag::kMarker:
+      return opened_.markersAreKnown;
+    case tag::kOverlayParameters:
+      return isContinuous && overlay.SavesParameters();
+    case tag::kOverlayRow:
+    case tag::kOverlaySegment:
+    case tag::kOverlayCoefficient:
+    case tag::kLabel:
+      return isContinuous;
+    default:
+      return tag::IsKnown(tag);
+  }
+}
+
+// Where the data ends at the latest.
+std::uint64_t CRecordingFile::DataEnd() const {
+  return HasTail() ? std::min(TailPosition(), fileSize) : fileSize;
 }
 
 bool CRecordingFile::WriteCopy(File& target) {
@@ -135,7 +157,7 @@ bool CRecordingFile::CopyUnknownRecords(File& target) {
     const std::uint64_t payload = entry.position + sizeof(TffRecord);
     const std::uint32_t length = entry.record.length;
     const std::uint32_t tag = entry.record.tag;
-    if (tag == 0 || IsWrittenAnew(tag, *setup) || !LiesInside(payload, length, fileSize)) continue;
+    if (tag == 0 || IsWrittenAnew(tag) || !LiesInside(payload, length, fileSize)) continue;
     if (!to.WriteSection(tag, length, nullptr, entry.record.version) || !CopyBytes(payload, length, target)) {
       return false;
     }
@@ -174,7 +196,7 @@ bool CRecordingFile::CopySamples(File& target) {
 // A header that counts too few leaves at least one epoch between the last one and what follows.
 bool CRecordingFile::CountsAllEpochs() {
   const auto end = GetEpochPosition(static_cast<std::int32_t>(GetEpochCount()));
-  const std::uint64_t next = HasTail() ? TailPosition() : fileSize;
+  const std::uint64_t next = DataEnd();
   return end <= fileSize && (next < end || next - end < EpochStride());
 }
 

@@ -160,7 +160,7 @@ std::int32_t CSetup::UpdateBins() {
 }
 
 void CSetup::UpdateTimeAxis() {
-  if (dataKind == 2 && frequencyDomain != 0) LeaveFrequencyDomain(*this);
+  if (dataKind == kContinuous && frequencyDomain != 0) LeaveFrequencyDomain(*this);
   const std::int32_t points = GetPoints();
   AgreeOnRate(*this);
   SetTimeEnd(static_cast<float>(TimeOfPoint(points)));

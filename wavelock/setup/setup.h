@@ -24,6 +24,7 @@
 #include "wavelock/platform/host.h"
 #include "wavelock/setup/aux_inputs.h"
 #include "wavelock/setup/channel_array.h"
+#include "wavelock/setup/data_kind.h"
 #include "wavelock/setup/parameter_blocks.h"
 #include "wavelock/setup/setup_fields.h"
 #include "wavelock/setup/subject_info.h"

@@ -30,7 +30,6 @@ bool CTFDataConfig::TakeSetup(const CSetup* setup) {
 }
 
 bool CTFDataConfig::HasFsp() const {
-  constexpr std::int32_t kAverageWithStatistics = 3;
   return config && config->dataKind == kAverageWithStatistics;
 }
 

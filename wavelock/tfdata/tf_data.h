@@ -3,7 +3,7 @@
 
 #include <cstdint>
 #include <memory>
-#include <string>
+#include <string_view>
 
 #include "wavelock/annotations/event_group.h"
 #include "wavelock/setup/setup.h"
@@ -20,8 +20,8 @@ class CTFData {
   // The name of the object's own class.
   virtual const char* GetRuntimeClassName() const { return "CTFData"; }
 
-  std::string errorText = "Unspecified error";  // of the last failure; empty in a copy
-  int valid = 1;                                // 0 once the object could not be made; nothing works then
+  std::string_view errorText = "Unspecified error";  // of the last failure; empty in a copy
+  int valid = 1;  // 0 once the object could not be made; nothing works then
   // Carried into copies.
   std::uint32_t wordA = 0;
   std::uint32_t wordB = 0;

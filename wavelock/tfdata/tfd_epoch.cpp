@@ -108,7 +108,6 @@ bool CTFDEpoch::AllocVariance() {
 }
 
 bool CTFDEpoch::AllocFsp() {
-  constexpr std::int32_t kAverageWithStatistics = 3;
   FreeFsp();
   const auto bytes = FloatBytes(GetChannelCount(), config ? config->acceptedSweeps : 0);
   if (!config || !bytes || !fspFirst.Make(*bytes / sizeof(float)) ||

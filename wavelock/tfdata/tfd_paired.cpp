@@ -3,7 +3,6 @@
 namespace wavelock {
 
 CTFDPaired::CTFDPaired(const CSetup* setup, std::int32_t pairs) : CTFDataConfig(setup), pairCount(pairs) {
-  constexpr std::int32_t kTimeFrequency = 4;
   if (valid == 0) return;
   if (!MakeMatrices()) {
     valid = 0;
