@@ -6,6 +6,7 @@
 #include "tests/support/every_kind.h"
 #include "tests/support/opened_recording.h"
 #include "tests/support/read_everything.h"
+#include "tests/support/stored_container.h"
 
 namespace wavelock {
 namespace {
@@ -60,6 +61,46 @@ TEST(HostileFiles, NothingButNoise) {
     if (!noise.empty() && round % 2 == 0) noise[0] = std::byte{'V'};
     OpenAndRead(noise);
   }
+}
+
+// Channels that are longer than a channel send the reader on from inside their payloads. Here each sends it
+// to another place of one region, and from there through records that lie in those of the others.
+TEST(HostileFiles, ChannelsInsideEachOtherAreNoMoreThanTheFileCanHold) {
+  constexpr std::uint32_t kHead = 16;
+  constexpr std::uint32_t kChannel = 2648;
+  constexpr std::uint32_t kMain = 12080;
+  constexpr std::uint32_t kChains = 75;
+  constexpr std::uint32_t kLinks = 75;
+  constexpr std::uint32_t kFirstTag = 5000;
+  constexpr std::uint32_t kJump = 1;  // a tag that nobody reads
+  StoredContainer container;
+  container.records.push_back({1000, 2, Bytes(kMain)});
+  container.records[0].Put<std::uint32_t>(8, kChains * (kLinks + 1));
+  StoredRecord region{99, 0, Bytes((kHead + kChannel) * (kLinks + 1) + kHead * kChains)};
+  const auto putHead = [](StoredRecord& into, std::uint32_t at, std::uint32_t tag, std::uint32_t length) {
+    into.Put(at, tag);
+    into.Put<std::uint16_t>(at + 4, 1);
+    into.Put(at + 8, length);
+    into.Put(at + 12, length);
+  };
+  for (std::uint32_t chain = 0; chain < kChains; ++chain) {
+    const std::uint32_t tag = kFirstTag + chain * (kLinks + 1);
+    const std::uint32_t toRegion = (kChains - 1 - chain) * (kHead + kChannel + kHead) + kHead;
+    const std::uint32_t start = kHead * chain;
+    StoredRecord channel{tag, 1, Bytes(kChannel + kHead)};
+    putHead(channel, kChannel, kJump, toRegion + start);
+    container.records.push_back(std::move(channel));
+    for (std::uint32_t link = 0; link < kLinks; ++link) {
+      putHead(region, start + link * (kHead + kChannel), tag + 1 + link, kChannel);
+    }
+    putHead(region, start + kLinks * (kHead + kChannel), kJump, 0xFFFFFFF0);
+  }
+  container.records.push_back(std::move(region));
+  TestHost test;
+  test.memory.Put("chains.ast", container.Bytes());
+  CSetup setup(0, test.host);
+  setup.setupFileName = "chains.ast";
+  EXPECT_FALSE(setup.LoadFile());
 }
 
 }  // namespace
