@@ -7,6 +7,7 @@
 #include "wavelock/control/wavelock_dispatch.h"
 #include "wavelock/platform/process.h"
 #include "wavelock/platform/shared_library.h"
+#include "wavelock/setup/setup.h"
 
 namespace wavelock {
 namespace {
@@ -42,11 +43,6 @@ std::string TypeLibraryKey() {
 
 std::string InterfaceKey(const InterfaceInfo& interface) {
   return "Interface/" + FormatIdentifier(interface.id);
-}
-
-std::string FolderOf(const std::string& path) {
-  const PathParts parts = SplitPath(path);
-  return parts.drive + parts.directory;
 }
 
 void EnterClass(RegistryTree& tree, const Identifier& classId, int typeName, const std::string& path) {
@@ -91,7 +87,7 @@ void EnterTypeLibrary(RegistryTree& tree, const std::string& path) {
   const std::string key = TypeLibraryKey() + "/" + Version();
   tree[key][kOwnValue] = StringResource(kControlTypeName);
   tree[key + "/FLAGS"][kOwnValue] = kControlLibrary;
-  tree[key + "/HELPDIR"][kOwnValue] = FolderOf(path);
+  tree[key + "/HELPDIR"][kOwnValue] = CSetup::DirectoryOf(path);
   tree[(key + "/" + kAnyLocale + "/").append(ModulePlatform())][kOwnValue] = path;
   for (const InterfaceInfo& interface : Interfaces()) EnterInterface(tree, interface);
 }

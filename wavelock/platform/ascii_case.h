@@ -2,12 +2,18 @@
 #pragma once
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 
 namespace wavelock {
 
 constexpr char LowerCase(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+inline std::string InLowerCase(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), LowerCase);
+  return text;
 }
 
 inline bool EqualIgnoringCase(std::string_view a, std::string_view b) {

@@ -32,10 +32,6 @@ enum class Result : std::uint32_t {
   kOutOfMemory = 0x8007000E,
 };
 
-constexpr bool Succeeded(Result result) {
-  return (static_cast<std::uint32_t>(result) & 0x80000000) == 0;
-}
-
 // An object with a count of those who hold it; it goes with the last of them.
 class Component {
  public:

@@ -38,11 +38,6 @@ std::string WithoutBlanksAround(const std::string& line) {
   return line.substr(first, line.find_last_not_of(kBlanks) - first + 1);
 }
 
-std::string InLowerCase(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), LowerCase);
-  return text;
-}
-
 std::string WithExtension(std::filesystem::path path, const std::string& extension) {
   if (!path.has_extension() && !extension.empty()) path.replace_extension(extension);
   return path.string();

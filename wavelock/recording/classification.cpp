@@ -3,6 +3,7 @@
 #include <new>
 #include <string>
 
+#include "wavelock/platform/ascii_case.h"
 #include "wavelock/prompts/prompts.h"
 #include "wavelock/recording/recording_file.h"
 
@@ -33,11 +34,6 @@ int DetailKind(const RecordingHeader& header) {
   if (IsOneOf(mode, {0, 1, 2}) && domain == 1 && formOfAverages) return 4;
   if (IsOneOf(mode, {0, 2}) && domain == 1 && form == 1) return 5;
   return -1;
-}
-
-std::string LowerCase(std::string text) {
-  for (char& c : text) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  return text;
 }
 
 std::string UpperCase(std::string text) {
@@ -82,7 +78,7 @@ void CRecordingFile::CheckExtension(HeaderImage* header) try {
   kindPromptDone = 1;
   if (header == nullptr || !file) return;
   auto& mode = header->header.acquisitionMode;
-  std::string extension = LowerCase(GetExtension(file->Name()));
+  std::string extension = InLowerCase(GetExtension(file->Name()));
   extension.erase(0, std::min(extension.find_first_not_of('.'), extension.size()));
   if (mode == kModeContinuous && extension == "avg") {
     CKindPrompt prompt;

@@ -12,6 +12,7 @@
 namespace wavelock {
 namespace {
 
+// A single, though a reader of headers has it as a double: a calibration need not come back bit for bit.
 constexpr float kCalibrationScale = 204.8f;
 constexpr double kGridWidth = 640;
 constexpr double kGridHeight = 187;

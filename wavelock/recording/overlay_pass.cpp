@@ -14,7 +14,8 @@
 namespace wavelock {
 namespace {
 
-// Counts of one unit at calibration 1. The number is a single, all else is worked out in doubles.
+// Counts of one unit at calibration 1. The number is a single, as where a header is written and unlike where
+// one is read, and all else is worked out in doubles: each gives the bits that it always gave.
 constexpr double kCountsPerUnit = 204.8F;
 
 // Bytes that are corrected at a time, little enough to stay in the cache between rows and polynomials.

@@ -62,10 +62,6 @@ void Centre(float* rows, std::size_t columns, float* spreads) {
   }
 }
 
-bool TakesPart(const SetupChannel& channel) {
-  return channel.channelType == 0 && channel.channelFlagC == 0;
-}
-
 }  // namespace
 
 void CSignalStats::Free() {
@@ -204,7 +200,7 @@ bool FillSignalFigures(std::span<const float> data, CSetup& setup) try {
   const std::span<SetupChannel> channels = setup.Channels();
   std::vector<int> flags(channels.size());
   std::transform(channels.begin(), channels.end(), flags.begin(),
-                 [](const SetupChannel& channel) { return TakesPart(channel) ? 1 : 0; });
+                 [](const SetupChannel& channel) { return TakesPartInStatistics(channel) ? 1 : 0; });
   CSignalStats stats;
   if (!stats.Prepare(static_cast<std::int32_t>(flags.size()), setup.pointCount, flags.data())) return false;
   stats.Load(data);
@@ -216,7 +212,7 @@ bool FillSignalFigures(std::span<const float> data, CSetup& setup) try {
   if (setup.mainField8164 == 0) setup.mainField8164 = static_cast<float>(noise);
   std::int32_t selectedIndex = 0;
   for (SetupChannel& channel : channels) {
-    if (!TakesPart(channel)) {
+    if (!TakesPartInStatistics(channel)) {
       channel.signalRatio = 0;
       continue;
     }

@@ -51,10 +51,6 @@ void AdjustSlot(WaveformSlot& slot, float startMs, float endMs, std::int32_t rat
   slot.slotPoints = OneMore(TruncateToInt32(span * rate * 0.001));
 }
 
-bool IsOrdinary(const SetupChannel& channel) {
-  return channel.channelType == 0 && channel.channelFlagC == 0;
-}
-
 float SquaredDistance(const SetupChannel& a, const SetupChannel& b) {
   double sum = 0;
   for (std::size_t axis = 0; axis < a.position.size(); ++axis) {
@@ -184,9 +180,9 @@ std::int32_t CSetup::KChannel() const {
 bool CSetup::PositionsSpread() const {
   const std::span<const SetupChannel> inUse = Channels();
   if (inUse.size() < 5) return false;
-  const auto first = std::find_if(inUse.begin(), inUse.end(), IsOrdinary);
+  const auto first = std::find_if(inUse.begin(), inUse.end(), TakesPartInStatistics);
   return std::any_of(first, inUse.end(), [first](const SetupChannel& channel) {
-    return IsOrdinary(channel) && SquaredDistance(channel, *first) >= kSpreadSquared;
+    return TakesPartInStatistics(channel) && SquaredDistance(channel, *first) >= kSpreadSquared;
   });
 }
 

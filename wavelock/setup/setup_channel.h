@@ -98,4 +98,8 @@ struct SetupChannel {
   std::int32_t channelFlagD = 0;
 };
 
+inline bool TakesPartInStatistics(const SetupChannel& channel) {
+  return channel.channelType == 0 && channel.channelFlagC == 0;
+}
+
 }  // namespace wavelock
