@@ -1,7 +1,6 @@
 // Averages: turning a data set between its two orders, and opening one.
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 

@@ -5,13 +5,11 @@
 #include <sndfile.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <map>
-#include <utility>
 #include <vector>
 
 #include "tests/support/recording_builder.h"

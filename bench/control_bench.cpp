@@ -1,6 +1,5 @@
 // What a client pays for calling the control by dispatch.
 #include <array>
-#include <string_view>
 #include <vector>
 
 #include "bench/bench_files.h"

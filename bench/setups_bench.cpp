@@ -1,8 +1,6 @@
 // Opening recordings whose tail holds a large setup.
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>

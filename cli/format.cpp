@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstring>
-#include <memory>
 #include <optional>
 #include <set>
 #include <string>

@@ -1,7 +1,6 @@
 // wavelock register: makes the control known to every program of the user, or unknown again.
 #include <fmt/format.h>
 
-#include <memory>
 #include <string>
 
 #include "cli/complaint.h"

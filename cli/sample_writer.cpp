@@ -3,7 +3,6 @@
 #include <fmt/compile.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <iterator>
 #include <numeric>
