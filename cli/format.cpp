@@ -38,6 +38,10 @@ std::string Tags(const SectionKind& kind) {
   return kind.tags == 1 ? std::to_string(kind.tag) : fmt::format("{} + i", kind.tag);
 }
 
+std::string Version(const SectionKind& kind) {
+  return kind.versionWords != nullptr ? kind.versionWords : std::to_string(kind.version);
+}
+
 // "f32 x 20", "char[512]", "band x 5".
 std::string Type(const RowInfo& row) {
   const std::string_view type = row.type;
@@ -63,7 +67,7 @@ std::string Notes(const RowInfo& row) {
 std::string TableOfKinds(bool bold) {
   Table table({{"TAG"}, {"BYTES", Align::kRight}, {"VERSION"}, {"NAME"}, {"OCCURS"}});
   for (const SectionKind& kind : SectionKinds())
-    table.Add({Tags(kind), std::to_string(kind.size), kind.version, kind.name, kind.occurs});
+    table.Add({Tags(kind), std::to_string(kind.size), Version(kind), kind.name, kind.occurs});
   return table.Text(bold);
 }
 
@@ -139,7 +143,7 @@ std::string MarkdownOfContainer() {
 std::string MarkdownOfKinds() {
   std::string text = "\n## Records\n\n| Tag | Bytes | Version | Record | Occurs |\n|---|---:|---|---|---|\n";
   for (const SectionKind& kind : SectionKinds()) {
-    text += fmt::format("| {} | {} | {} | {} | {} |\n", Tags(kind), kind.size, kind.version, kind.name,
+    text += fmt::format("| {} | {} | {} | {} | {} |\n", Tags(kind), kind.size, Version(kind), kind.name,
                         kind.occurs);
   }
   return text;

@@ -126,15 +126,9 @@ constexpr char kRepeated[] = "repeated";
 constexpr std::uint32_t kMostChannels = 7000;  // the tags up to the next kind
 
 template <class Section>
-constexpr const char* VersionOf() {
-  constexpr const char* kVersions[] = {"0", "1", "2", "3"};
-  return kVersions[Section::kVersion];
-}
-
-template <class Section>
 constexpr SectionKind Kind(const char* about, std::uint32_t tags = 1, const char* occurs = kOnce,
                            std::uint32_t tag = Section::kTag, const char* name = Section::kTitle) {
-  return {name, tag, tags, occurs, VersionOf<Section>(), Section::kSize, RowsOf<Section>, about};
+  return {name, tag, tags, occurs, Section::kVersion, Section::kSize, RowsOf<Section>, about};
 }
 
 constexpr char kAboutDerived[] =
@@ -179,7 +173,7 @@ constexpr SectionKind kKinds[] = {
                                 tag::kFirstDerivedChannel[1], "derived channel of file 1"),
     Kind<DerivedChannelSection>(kAboutDerived, kMostDerived, "one for each output of derivation file 2",
                                 tag::kFirstDerivedChannel[2], "derived channel of file 2"),
-    {"label", tag::kLabel, 1, kRepeated, "0", sizeof(LabelRecord), LabelRows,
+    {"label", tag::kLabel, 1, kRepeated, 0, sizeof(LabelRecord), LabelRows,
      "One entry of the list of labels of a continuous recording."},
     Kind<LabelSection>(kAboutLabel, kMostLabels, "one for each event label", tag::kFirstEventLabel,
                        "event label"),
@@ -187,21 +181,21 @@ constexpr SectionKind kKinds[] = {
                        "artifact label"),
     Kind<SubjectSection>("Who was recorded, by whom and where. The fields stand without alignment, and each "
                          "text keeps one byte for its NUL."),
-    {"marker", tag::kMarker, 1, kRepeated, "version word of the operating system", sizeof(MarkerRecord),
-     MarkerRows, "A mark at a point of a channel's axis."},
-    {"marker, older form", tag::kMarker, 1, kRepeated, "any", sizeof(TimedMarkerRecord), TimedMarkerRows,
-     "The same with a time in milliseconds in place of a point. The length tells the forms apart."},
-    {"overlay parameters", tag::kOverlayParameters, 1, kOnce, "0", sizeof(OverlayParameters),
+    {"marker", tag::kMarker, 1, kRepeated, 0, sizeof(MarkerRecord), MarkerRows,
+     "A mark at a point of a channel's axis.", "version word of the operating system"},
+    {"marker, older form", tag::kMarker, 1, kRepeated, 0, sizeof(TimedMarkerRecord), TimedMarkerRows,
+     "The same with a time in milliseconds in place of a point. The length tells the forms apart.", "any"},
+    {"overlay parameters", tag::kOverlayParameters, 1, kOnce, 0, sizeof(OverlayParameters),
      OverlayParameterRows, "How the corrections of a continuous recording were found and are to be applied."},
-    {"overlay row", tag::kOverlayRow, 1, kRepeated, "0", sizeof(OverlayRow), OverlayRowRows,
-     "From a sample on, what is subtracted from each channel."},
-    {"overlay segment", tag::kOverlaySegment, 1, kRepeated, "0", sizeof(SegmentRecord), SegmentRows,
+    {"overlay row", tag::kOverlayRow, 1, kRepeated, 0, sizeof(OverlayRow), OverlayRowRows,
+     "From a sample on, what is added to each channel."},
+    {"overlay segment", tag::kOverlaySegment, 1, kRepeated, 0, sizeof(SegmentRecord), SegmentRows,
      "A run of samples that polynomials correct."},
-    {"overlay coefficient", tag::kOverlayCoefficient, 1, kRepeated, "0", sizeof(CoefficientRecord),
+    {"overlay coefficient", tag::kOverlayCoefficient, 1, kRepeated, 0, sizeof(CoefficientRecord),
      CoefficientRows,
      "One coefficient of a segment's polynomials: those of power 0 of all of them, then of power 1, and so "
      "on."},
-    {"tail revision", tag::kTailRevision, 1, "once, as the last record of a recording", "0", 4,
+    {"tail revision", tag::kTailRevision, 1, "once, as the last record of a recording", 0, 4,
      TailRevisionRows, "1. A reader that finds 2 or more asks whether to go on."},
     Kind<RecordTableSection>("A piece of the table of records, which has an entry every 32 bytes: each piece "
                              "repeats what the next one holds.",

@@ -15,10 +15,11 @@ struct SectionKind {
   std::uint32_t tag;   // the first one, for a run that counts up
   std::uint32_t tags;  // how many a run may have
   const char* occurs;
-  const char* version;  // as written
-  std::uint32_t size;   // bytes of payload
+  std::uint16_t version;  // as written
+  std::uint32_t size;     // bytes of payload
   std::vector<RowInfo> (*rows)();
   const char* about;
+  const char* versionWords = nullptr;  // of a record whose version is no fixed number
 };
 
 // By rising tag. A record that has two forms comes once for each.
