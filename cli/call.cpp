@@ -16,10 +16,10 @@
 #include "cli/options.h"
 #include "cli/output.h"
 #include "cli/subcommands.h"
-#include "cli/terminal.h"
 #include "wavelock/control/dispatch.h"
 #include "wavelock/control/identifiers.h"
 #include "wavelock/platform/component_loader.h"
+#include "wavelock/platform/printable.h"
 
 namespace wavelock::command {
 namespace {

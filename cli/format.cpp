@@ -14,7 +14,6 @@
 #include "cli/section_list.h"
 #include "cli/subcommands.h"
 #include "cli/table.h"
-#include "cli/terminal.h"
 #include "wavelock/setup/tff_file.h"
 
 namespace wavelock::command {
@@ -187,7 +186,7 @@ std::string TablesOfTag(std::uint32_t tag, bool bold) {
 ExitCode Run(const Options& options) {
   const auto output = Output::Open(options.output, "");
   if (!output) return kFailed;
-  const bool bold = output->IsTerminal() && TakesColor(stdout);
+  const bool bold = output->TakesStyles();
   std::string text = TableOfKinds(bold);
   if (options.tag) text = TablesOfTag(*options.tag, bold);
   if (options.markdown) text = Markdown();
@@ -195,7 +194,7 @@ ExitCode Run(const Options& options) {
     Complain(fmt::format("No record has the tag {}.", *options.tag));
     return kFailed;
   }
-  output->Write(text);
+  output->WriteStyled(text);
   return output->Finish() ? kDone : kFailed;
 }
 

@@ -16,7 +16,6 @@
 #include "cli/subcommands.h"
 #include "cli/subject.h"
 #include "cli/table.h"
-#include "cli/terminal.h"
 
 namespace wavelock::command {
 namespace {
@@ -220,9 +219,9 @@ bool Write(const std::vector<Facts>& all, const Options& options, Output& output
     }
     return true;
   }
-  const bool bold = TakesColor(stdout);
-  return all.empty() || (output.Write(TableOf(all, bold)) && output.Write(AverageTableOf(all, bold)) &&
-                         (!options.subject || output.Write(SubjectTableOf(all, bold))));
+  const bool bold = output.TakesStyles();
+  return all.empty() || output.WriteStyled(TableOf(all, bold) + AverageTableOf(all, bold) +
+                                           (options.subject ? SubjectTableOf(all, bold) : std::string()));
 }
 
 ExitCode Run(const Options& options) {

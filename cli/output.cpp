@@ -6,6 +6,7 @@
 
 #include "cli/complaint.h"
 #include "cli/terminal.h"
+#include "wavelock/platform/printable.h"
 
 namespace wavelock::command {
 namespace {
@@ -45,6 +46,9 @@ void OutputOptions::AddTo(CLI::App& parser) {
   parser.add_flag("--force", force, "Overwrite a file that exists");
 }
 
+Output::Output(std::FILE* stream, std::string path)
+    : stream_(stream), path_(std::move(path)), isTerminal_(command::IsTerminal(stream)) {}
+
 std::unique_ptr<Output> Output::Open(const OutputOptions& options, const std::string& input) {
   const bool isNamed = !options.path.empty() && options.path != "-";
   if (isNamed && IsSameFile(options.path, input)) {
@@ -65,13 +69,17 @@ Output::~Output() {
 }
 
 bool Output::Write(std::string_view bytes) {
-  if (hasFailed_) return false;
-  if (bytes.empty() || std::fwrite(bytes.data(), bytes.size(), 1, stream_) == 1) return true;
-  return NoteFailure();
+  return isTerminal_ ? WriteStyled(Printable(bytes, "\n\t")) : WriteStyled(bytes);
 }
 
 bool Output::Write(std::span<const std::byte> bytes) {
   return Write(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+}
+
+bool Output::WriteStyled(std::string_view text) {
+  if (hasFailed_) return false;
+  if (text.empty() || std::fwrite(text.data(), text.size(), 1, stream_) == 1) return true;
+  return NoteFailure();
 }
 
 bool Output::Finish() {
@@ -88,8 +96,8 @@ bool Output::NoteFailure() {
   return false;
 }
 
-bool Output::IsTerminal() const {
-  return command::IsTerminal(stream_);
+bool Output::TakesStyles() const {
+  return TakesColor(stream_);
 }
 
 }  // namespace wavelock::command

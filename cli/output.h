@@ -32,24 +32,29 @@ class Output {
   Output& operator=(const Output&) = delete;
 
   // False when nothing more can be written. The first failure is said on standard error, unless it is that
-  // the reader of a pipe has gone: see ReaderIsGone.
+  // the reader of a pipe has gone: see ReaderIsGone. A terminal gets printable text, whatever the bytes are.
   bool Write(std::string_view bytes);
   bool Write(std::span<const std::byte> bytes);
+
+  // The same for text that is printable but for styles, which go to terminals that take them.
+  bool WriteStyled(std::string_view text);
 
   // Brings everything out. True also for a reader that has gone: it had what it wanted.
   [[nodiscard]] bool Finish();
 
   bool ReaderIsGone() const { return readerIsGone_; }
-  bool IsTerminal() const;
+  bool IsTerminal() const { return isTerminal_; }
+  bool TakesStyles() const;
 
  private:
-  Output(std::FILE* stream, std::string path) : stream_(stream), path_(std::move(path)) {}
+  Output(std::FILE* stream, std::string path);
 
   bool NoteFailure();
   bool IsStandardOutput() const { return path_.empty(); }
 
   std::FILE* stream_;
   const std::string path_;
+  const bool isTerminal_;
   bool hasFailed_ = false;
   bool readerIsGone_ = false;
   bool isFinished_ = false;

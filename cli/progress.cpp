@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "cli/terminal.h"
+#include "wavelock/platform/printable.h"
 
 namespace wavelock::command {
 namespace {

@@ -12,7 +12,6 @@
 #include "cli/section_list.h"
 #include "cli/subcommands.h"
 #include "cli/table.h"
-#include "cli/terminal.h"
 #include "wavelock/platform/memory_profile_store.h"
 #include "wavelock/platform/silent_modal_interface.h"
 #include "wavelock/setup/tff_file.h"
@@ -93,8 +92,7 @@ ExitCode Run(const Options& options) {
   const auto& records = container.Entries();
   const auto output = Output::Open(options.output, options.path);
   if (!output) return kFailed;
-  output->Write(options.json ? JsonOf(records)
-                             : TableOf(records, output->IsTerminal() && TakesColor(stdout)));
+  output->WriteStyled(options.json ? JsonOf(records) : TableOf(records, output->TakesStyles()));
   if (!output->Finish()) return kFailed;
   if (!EndsBehind(records, container.Length())) return kDone;
   Complain(options.path, "The file ends inside its last record.");

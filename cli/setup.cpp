@@ -12,7 +12,7 @@
 #include "cli/options.h"
 #include "cli/output.h"
 #include "cli/subcommands.h"
-#include "cli/terminal.h"
+#include "wavelock/platform/printable.h"
 #include "wavelock/setup/tff_file.h"
 #include "wavelock/setup/visit_fields.h"
 

@@ -1,11 +1,10 @@
 #include "cli/table.h"
+#include "wavelock/platform/printable.h"
 
 #include <fmt/color.h>
 #include <fmt/format.h>
 
 #include <algorithm>
-
-#include "cli/terminal.h"
 
 namespace wavelock::command {
 namespace {

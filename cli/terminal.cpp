@@ -1,7 +1,7 @@
 #include "cli/terminal.h"
 
-#include <algorithm>
 #include <cstdlib>
+#include <string_view>
 
 #ifdef _WIN32
 #include <io.h>
@@ -29,13 +29,6 @@ bool IsTerminal(std::FILE* stream) {
 
 bool TakesColor(std::FILE* stream) {
   return IsTerminal(stream) && Variable("NO_COLOR").empty() && Variable("TERM") != "dumb";
-}
-
-std::string Printable(std::string_view text) {
-  std::string printable(text);
-  const auto steers = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
-  std::replace_if(printable.begin(), printable.end(), steers, '?');
-  return printable;
 }
 
 }  // namespace wavelock::command

@@ -17,7 +17,7 @@
 #include "cli/output.h"
 #include "cli/progress.h"
 #include "cli/subcommands.h"
-#include "cli/terminal.h"
+#include "wavelock/platform/printable.h"
 
 namespace wavelock::command {
 namespace {

@@ -70,6 +70,14 @@ TEST(CommandLine, RecordingIsNeverOverwrittenByItsOwnOutput) {
   EXPECT_EQ(folder.Text("a.rec"), before);
 }
 
+TEST(CommandLine, DataIsTakenAsItIsButDoesNotSteerATerminal) {
+  CommandFolder folder;
+  folder.Put("a.rec", RecordingBuilder().Labels({"\x1b]0;x\x07\xC2\x9B\r"}).Samples({5}));
+  EXPECT_EQ(folder.Wavelock("samples a.rec").out, "\"\x1b]0;x\x07\xC2\x9B\r\"\n5\n");
+  if (folder.Shell("script --version").exitCode != 0) GTEST_SKIP() << "nothing here makes a terminal";
+  EXPECT_EQ(folder.Shell("script -qec \"$W samples a.rec\" /dev/null").out, "\"?]0;x???\"\r\n5\r\n");
+}
+
 TEST(CommandLine, OutputThatCannotBeWrittenIsAFailureAndLeavesNoFile) {
   CommandFolder folder;
   folder.Put("a.rec", RecordingBuilder().Samples(300'000, [](std::uint64_t, int) { return 7; }));

@@ -105,9 +105,20 @@ TEST(InfoOutput, SubjectIsShownOnlyOnRequest) {
 
 TEST(InfoOutput, TextsOfTheFileDoNotBreakTheOutput) {
   CommandFolder folder;
-  folder.Put("a.rec", OneSecond().PutText(21, "\x1b[31mred\xff").PutChannelText(0, 0, "\x1b\xb5V\n\""));
-  EXPECT_THAT(folder.Wavelock("info --subject a.rec").out, Not(HasSubstr("\x1b")));
-  EXPECT_EQ(Json(folder, "--subject a.rec")["labels"].size(), 2u);
+  const struct {
+    const char* text;
+    const char* shown;
+  } kCases[] = {
+      {"\x1b[31mred\x7f\xff", "?[31mred??"},
+      {"\xC2\x9B\x33\x31m", "?31m"},
+      {"\xE2\x80\xAEtsrif\xE2\x81\xA6", "?tsrif?"},
+      {"\xC0\x9B \xED\xA0\x80 \xE2\x82", "?? ??? ??"},  // no characters of UTF-8
+      {"\xC2\xA0\xC3\xA9\xE2\x82\xAC\xF0\x9F\x8E\xA7", "\xC2\xA0\xC3\xA9\xE2\x82\xAC\xF0\x9F\x8E\xA7"}};
+  for (const auto& [text, shown] : kCases) {
+    folder.Put("a.rec", OneSecond().PutText(21, text).PutChannelText(0, 0, "\x1b\xb5V\n\""));
+    EXPECT_THAT(folder.Wavelock("info --subject a.rec").out, HasSubstr(std::string("  ") + shown + "\n"));
+    EXPECT_EQ(Json(folder, "--subject a.rec")["labels"].size(), 2u);
+  }
 }
 
 }  // namespace

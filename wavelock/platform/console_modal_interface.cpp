@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "wavelock/platform/ascii_case.h"
+#include "wavelock/platform/printable.h"
 
 namespace wavelock {
 namespace {
@@ -16,19 +17,9 @@ namespace {
 constexpr std::string_view kSpeaker = "wavelock: ";
 constexpr std::string_view kCancel = "q";
 
-// Names of files and texts from recordings must not steer the terminal. U+0080 to U+009F do so on some, and
-// begin with 0xC2 in UTF-8.
-std::string Printable(std::string_view text) {
-  std::string printable(text);
-  unsigned char before = 0;
-  for (char& c : printable) {
-    const auto byte = static_cast<unsigned char>(c);
-    const bool isControl = (byte < 0x20 && c != '\n' && c != '\t') || byte == 0x7F;
-    const bool isWideControl = before == 0xC2 && byte >= 0x80 && byte <= 0x9F;
-    if (isControl || isWideControl) c = '?';
-    before = byte;
-  }
-  return printable;
+// Messages may have several lines.
+std::string Shown(std::string_view text) {
+  return Printable(text, "\n\t");
 }
 
 std::string WithoutBlanksAround(const std::string& line) {
@@ -125,7 +116,7 @@ bool ConsoleModalInterface::RunDialog(ModalDialog& dialog) {
 }
 
 void ConsoleModalInterface::Say(std::string_view text) {
-  words_ << std::string(kSpeaker) + Printable(text) + "\n" << std::flush;
+  words_ << std::string(kSpeaker) + Shown(text) + "\n" << std::flush;
 }
 
 std::optional<std::string> ConsoleModalInterface::AskSavePath(const SavePathDialog& dialog) {
@@ -162,7 +153,7 @@ std::optional<std::uint32_t> ConsoleModalInterface::AskColour(std::uint32_t usua
 
 // Nothing when the person cancels or the input is at its end.
 std::optional<std::string> ConsoleModalInterface::ReadLine(std::string_view prompt) {
-  words_ << Printable(prompt) << std::flush;
+  words_ << Shown(prompt) << std::flush;
   answers_.clear();  // a terminal can go on after its end was typed
   std::string line;
   if (!std::getline(answers_, line)) {
@@ -192,7 +183,7 @@ std::optional<bool> ConsoleModalInterface::AskWhether(std::string_view prompt, b
 
 std::optional<int> ConsoleModalInterface::AskWhich(const std::vector<std::string>& choices, int usual) {
   for (std::size_t i = 0; i < choices.size(); ++i) {
-    words_ << "  " << i + 1 << ") " << Printable(choices[i]) << "\n";
+    words_ << "  " << i + 1 << ") " << Shown(choices[i]) << "\n";
   }
   const bool hasUsual = IsOneOf(usual, choices);
   const std::string asked =
