@@ -1,10 +1,6 @@
 // wavelock labels: the labels that a continuous recording carries.
-#include <string>
-
 #include "cli/input_recording.h"
-#include "cli/options.h"
-#include "cli/output.h"
-#include "cli/row_writer.h"
+#include "cli/row_command.h"
 #include "cli/subcommands.h"
 
 namespace wavelock::command {
@@ -15,36 +11,21 @@ constexpr char kExamples[] =
     "  wavelock labels night.rec\n"
     "  wavelock labels night.rec --format json | jq -r '.[].text'\n";
 
-struct Options {
-  std::string path{};
-  RowFormat format = RowFormat::kTsv;
-  OutputOptions output{};
-};
-
-ExitCode Run(const Options& options) {
+ExitCode Run(const RowOptions& options) {
   const auto input = InputRecording::Open(options.path);
   if (!input || !input->Require({kContinuous})) return kFailed;
-  const auto output = Output::Open(options.output, options.path);
-  if (!output) return kFailed;
-  RowWriter rows(*output, options.format, {"value", "text"});
-  for (const LabelEntry& label : (*input)->labelList.Entries()) {
-    if (!rows.Add({label.value, label.text})) break;
-  }
-  rows.Finish();
-  return output->Finish() ? kDone : kFailed;
+  return WriteRows(options, {"value", "text"}, [&](RowWriter& rows) {
+    for (const LabelEntry& label : (*input)->labelList.Entries()) {
+      if (!rows.Add(label.value, label.text)) return;
+    }
+  });
 }
 
 }  // namespace
 
 Subcommand MakeLabels(CLI::App& program) {
-  CLI::App* const parser =
-      program.add_subcommand("labels", "Labels of a continuous recording: texts with a number each");
-  const auto options = std::make_shared<Options>();
-  AddFile(*parser, options->path);
-  AddChoice(*parser, "--format", options->format, kRowFormats, "tsv if nothing is said");
-  options->output.AddTo(*parser);
-  parser->footer(kExamples);
-  return {parser, [options] { return Run(*options); }};
+  return MakeRowCommand(program, "labels", "Labels of a continuous recording: texts with a number each",
+                        kExamples, Run);
 }
 
 }  // namespace wavelock::command

@@ -1,11 +1,11 @@
 #include "cli/row_writer.h"
 
-#include <utility>
-
 namespace wavelock::command {
 namespace {
 
-std::string Escaped(const std::string& text) {
+using Json = nlohmann::ordered_json;
+
+std::string Escaped(std::string_view text) {
   std::string escaped;
   for (const char c : text) {
     switch (c) {
@@ -29,41 +29,41 @@ std::string Escaped(const std::string& text) {
 }
 
 // Texts of a file can be in any encoding.
-std::string Json(const RowWriter::Value& value) {
-  return value.dump(-1, ' ', false, RowWriter::Value::error_handler_t::replace);
+std::string TextOf(const Json& value) {
+  return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-std::string Cell(const RowWriter::Value& value) {
-  if (value.is_null()) return "n/a";
-  return value.is_string() ? Escaped(value.get<std::string>()) : Json(value);
-}
-
-std::string TsvLine(const std::vector<RowWriter::Value>& values) {
+std::string LineOf(const std::vector<std::string>& columns) {
   std::string line;
-  for (const RowWriter::Value& value : values) line += (line.empty() ? "" : "\t") + Cell(value);
+  for (const std::string& column : columns) line += (line.empty() ? "" : "\t") + column;
   return line + "\n";
-}
-
-std::vector<RowWriter::Value> Headings(const std::vector<std::string>& columns) {
-  return {columns.begin(), columns.end()};
 }
 
 }  // namespace
 
-RowWriter::RowWriter(Output& output, RowFormat format, std::vector<std::string> columns)
+RowWriter::RowWriter(Output& output, RowFormat format, const std::vector<std::string>& columns)
     : output_(output),
       format_(format),
-      columns_(std::move(columns)),
-      isWritten_(output.Write(format == RowFormat::kJson ? "[" : TsvLine(Headings(columns_)))) {}
-
-std::string RowWriter::JsonLine(const std::vector<Value>& values) const {
-  Value object = Value::object();
-  for (std::size_t i = 0; i < columns_.size(); ++i) object[columns_[i]] = values[i];
-  return (hasRows_ ? ",\n" : "\n") + Json(object);
+      isWritten_(output.Write(format == RowFormat::kJson ? "[" : LineOf(columns))) {
+  for (const std::string& column : columns) {
+    const bool isFirst = heads_.empty();
+    heads_.push_back(format == RowFormat::kJson ? (isFirst ? "{" : ",") + TextOf(column) + ":"
+                                                : (isFirst ? "" : "\t"));
+  }
 }
 
-bool RowWriter::Add(const std::vector<Value>& values) {
-  isWritten_ = isWritten_ && output_.Write(format_ == RowFormat::kJson ? JsonLine(values) : TsvLine(values));
+void RowWriter::AddValue(std::string_view text) {
+  line_ += format_ == RowFormat::kJson ? TextOf(text) : Escaped(text);
+}
+
+void RowWriter::AddJson(const Json& value) {
+  if (value.is_null()) return AddNull();
+  line_ += TextOf(value);
+}
+
+bool RowWriter::WriteLine() {
+  line_ += format_ == RowFormat::kJson ? "}" : "\n";
+  isWritten_ = isWritten_ && output_.Write(line_);
   hasRows_ = true;
   return isWritten_;
 }

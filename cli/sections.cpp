@@ -1,14 +1,11 @@
 // wavelock sections: the records of a setup file or of a recording's tail, as they stand in the file.
-#include <fmt/format.h>
-
-#include <memory>
-#include <nlohmann/json.hpp>
 #include <string>
 
 #include "cli/complaint.h"
 #include "cli/input_recording.h"
 #include "cli/options.h"
 #include "cli/output.h"
+#include "cli/row_writer.h"
 #include "cli/section_list.h"
 #include "cli/subcommands.h"
 #include "cli/table.h"
@@ -54,20 +51,14 @@ std::string TableOf(const std::vector<CTffFile::Entry>& records, bool bold) {
   return table.Text(bold);
 }
 
-std::string JsonOf(const std::vector<CTffFile::Entry>& records) {
-  std::string text = "[";
-  const char* separator = "\n";
+void WriteJson(const std::vector<CTffFile::Entry>& records, Output& output) {
+  RowWriter rows(output, RowFormat::kJson, {"tag", "name", "version", "length", "position"});
   for (const auto& [position, record] : records) {
-    nlohmann::ordered_json json;
-    json["tag"] = std::uint32_t{record.tag};
-    json["name"] = NameOfTag(record.tag);
-    json["version"] = std::uint16_t{record.version};
-    json["length"] = std::uint32_t{record.length};
-    json["position"] = position;
-    text += separator + json.dump();
-    separator = ",\n";
+    const std::uint32_t tag = record.tag;
+    if (!rows.Add(tag, NameOfTag(tag), std::uint16_t{record.version}, std::uint32_t{record.length}, position))
+      return;
   }
-  return text + "\n]\n";
+  rows.Finish();
 }
 
 bool EndsBehind(const std::vector<CTffFile::Entry>& records, std::uint64_t fileSize) {
@@ -92,7 +83,11 @@ ExitCode Run(const Options& options) {
   const auto& records = container.Entries();
   const auto output = Output::Open(options.output, options.path);
   if (!output) return kFailed;
-  output->WriteStyled(options.json ? JsonOf(records) : TableOf(records, output->TakesStyles()));
+  if (options.json) {
+    WriteJson(records, *output);
+  } else {
+    output->WriteStyled(TableOf(records, output->TakesStyles()));
+  }
   if (!output->Finish()) return kFailed;
   if (!EndsBehind(records, container.Length())) return kDone;
   Complain(options.path, "The file ends inside its last record.");

@@ -96,17 +96,20 @@ TEST(PairsOutput, ALineForEachPoint) {
   const auto pairs = [](std::uint32_t place) {
     ByteWriter data;
     data.Zeros(8).F32(1).F32(2).F32(3).F32(4).U32(0).U32(place).U32(place).U32(0);
-    return RecordingBuilder().Revision(13).TimeFrequency().Labels({"Fz", "Cz"}).Points(2).Data(data);
+    return RecordingBuilder().Revision(13).TimeFrequency().Labels({"", "C\tz"}).Points(2).Data(data);
   };
   folder.Put("a.rec", pairs(1050));
   folder.Put("none.rec", pairs(0));
   folder.Put("lost.rec", pairs(1'000'000));
   const std::string head = "first\tsecond\tpoint\treal\timaginary\n";
-  EXPECT_EQ(folder.Wavelock("pairs a.rec").out, head + "Fz\tCz\t0\t1\t3\nFz\tCz\t1\t2\t4\n");
+  EXPECT_EQ(folder.Wavelock("pairs a.rec").out, head + "\tC\\tz\t0\t1\t3\n\tC\\tz\t1\t2\t4\n");
+  EXPECT_EQ(folder.Wavelock("pairs a.rec --format json").out,
+            "[\n{\"first\":\"\",\"second\":\"C\\tz\",\"point\":0,\"real\":1,\"imaginary\":3},\n"
+            "{\"first\":\"\",\"second\":\"C\\tz\",\"point\":1,\"real\":2,\"imaginary\":4}\n]\n");
   EXPECT_EQ(folder.Wavelock("pairs none.rec").out, head);
   const Outcome lost = folder.Wavelock("pairs lost.rec");
   EXPECT_EQ(lost.exitCode, 3);
-  EXPECT_EQ(lost.out, head + "Fz\tCz\t0\t0\t0\nFz\tCz\t1\t0\t0\n");
+  EXPECT_EQ(lost.out, head + "\tC\\tz\t0\t0\t0\n\tC\\tz\t1\t0\t0\n");
 }
 
 TEST(InfoOutput, TellsTheSweepsOfAverages) {
