@@ -7,6 +7,7 @@
 #include <span>
 #include <string_view>
 
+#include "cli/counted.h"
 #include "cli/unread_parts.h"
 #include "wavelock/setup/visit_leaves.h"
 
@@ -220,10 +221,12 @@ bool HoldSameData(CRecordingFile& before, CRecordingFile& after) {
 std::vector<std::string> Losses(CRecordingFile& before, CRecordingFile& after) {
   std::vector<std::string> losses;
   AddChangedFields(*before.GetSetup(), *after.GetSetup(), losses);
-  AddLostFields(before.rawHeader, after.rawHeader, HasReadTail(before), losses);
+  AddLostFields(before.rawHeader, after.rawHeader, before.HasTail(), losses);
   const std::int32_t markers = before.markerList.GetCount() - after.markerList.GetCount();
-  if (markers != 0)
-    losses.push_back(fmt::format("{} markers, which a continuous recording has no place for", markers));
+  if (markers > 0) {
+    losses.push_back(Counted(static_cast<std::uint64_t>(markers), "marker") +
+                     ", which a continuous recording has no place for");
+  }
   for (const auto& parts : {UnreadParts(before), LostRecords(before, after)}) {
     losses.insert(losses.end(), parts.begin(), parts.end());
   }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/complaint.h"
+#include "cli/counted.h"
 #include "cli/input_recording.h"
 #include "cli/options.h"
 #include "cli/sample_writer.h"
@@ -78,8 +79,8 @@ ExitCode Run(const Options& options) {
   if (!input || !input->Require({kEpochs}) || !input->RequireChannels()) return kFailed;
   const bool isSpectrum = (*input)->rawHeader.header.frequencyDomain != 0;
   if (options.number >= (*input)->GetEpochCount()) {
-    Complain(options.path, fmt::format("Of its {} epochs, counted from 0, none is number {}.",
-                                       (*input)->GetEpochCount(), options.number));
+    Complain(options.path, fmt::format("Of its {}, counted from 0, none is number {}.",
+                                       Counted((*input)->GetEpochCount(), "epoch"), options.number));
     return kUsage;
   }
   if (options.raw && isSpectrum) {

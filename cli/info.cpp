@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/counted.h"
 #include "cli/input_recording.h"
 #include "cli/options.h"
 #include "cli/output.h"
@@ -123,10 +124,9 @@ std::string Size(std::uint64_t bytes) {
 // What is laid over the samples on each read.
 std::string Corrections(const Facts& facts) {
   std::string words;
-  if (facts.correctionRows > 0) words = fmt::format("{} rows", facts.correctionRows);
-  if (facts.correctionSegments > 0) {
-    words += fmt::format("{}{} segments", words.empty() ? "" : ", ", facts.correctionSegments);
-  }
+  if (facts.correctionRows > 0) words = Counted(facts.correctionRows, "row");
+  if (facts.correctionSegments > 0)
+    words += (words.empty() ? "" : ", ") + Counted(facts.correctionSegments, "segment");
   return words.empty() ? "-" : words;
 }
 

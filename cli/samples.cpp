@@ -9,6 +9,7 @@
 
 #include "cli/channel_choice.h"
 #include "cli/complaint.h"
+#include "cli/counted.h"
 #include "cli/input_recording.h"
 #include "cli/options.h"
 #include "cli/progress.h"
@@ -51,8 +52,8 @@ std::optional<SampleRange> RangeOf(InputRecording& input, const Options& options
   const std::uint64_t count = CountSamples(*input);
   const SampleRange range{options.from, options.to.value_or(count)};
   if (range.from <= range.to && range.to <= count) return range;
-  Complain(input.Path(),
-           fmt::format("--from {} --to {} does not lie in its {} samples.", range.from, range.to, count));
+  Complain(input.Path(), fmt::format("--from {} --to {} does not lie in its {}.", range.from, range.to,
+                                     Counted(count, "sample")));
   return std::nullopt;
 }
 

@@ -7,27 +7,15 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <tuple>
 
+#include "cli/counted.h"
 #include "cli/section_list.h"
 #include "wavelock/setup/section_tags.h"
 #include "wavelock/setup/tff_file.h"
 
 namespace wavelock::command {
 namespace {
-
-constexpr int kModifiedRevision = 15;
-constexpr int kFirstRevisionWithTail = 14;
-
-}  // namespace
-
-bool HasReadTail(const CRecordingFile& recording) {
-  return recording.headerRevision >= kFirstRevisionWithTail &&
-         recording.headerRevision != kModifiedRevision && recording.TailPosition() > 0;
-}
-
-namespace {
-
-enum Layout : int { kWithTriggers = 0, kWithLeadingWord = 2 };
 
 std::unique_ptr<File> FileOf(const CRecordingFile& recording) {
   return Host::Default().files.Open(recording.filePath, OpenMode::kReadOnly);
@@ -68,10 +56,11 @@ void AddWordsBesideSamples(const CRecordingFile& recording, std::uint64_t sample
     constexpr std::uint32_t kBehindKeypad = 0xFFFFFFF0;
     const std::uint64_t words =
         CountWords(*file, start, samples, channels + 2, width, channels + 1, kBehindKeypad);
-    if (words != 0) parts.push_back(fmt::format("bits behind the keypad in {} words beside samples", words));
+    if (words != 0)
+      parts.push_back(fmt::format("bits behind the keypad in {} beside samples", Counted(words, "word")));
   } else if (layout == kWithLeadingWord) {
     const std::uint64_t words = CountWords(*file, start, samples, channels + 1, width, 0, 0xFFFFFFFF);
-    if (words != 0) parts.push_back(fmt::format("{} words ahead of samples", words));
+    if (words != 0) parts.push_back(Counted(words, "word") + " ahead of samples");
   }
 }
 
@@ -100,39 +89,32 @@ std::optional<std::uint64_t> EndOfData(CRecordingFile& recording) {
 void AddBytesBehindData(CRecordingFile& recording, std::vector<std::string>& parts) {
   const std::optional<std::uint64_t> end = EndOfData(recording);
   const std::uint64_t next =
-      HasReadTail(recording) ? std::min(recording.TailPosition(), recording.fileSize) : recording.fileSize;
-  if (end && *end < next) parts.push_back(fmt::format("{} bytes behind the data", next - *end));
+      recording.HasTail() ? std::min(recording.TailPosition(), recording.fileSize) : recording.fileSize;
+  if (end && *end < next) parts.push_back(Counted(next - *end, "byte") + " behind the data");
 }
 
 void AddIgnoredTail(const CRecordingFile& recording, std::vector<std::string>& parts) {
   const std::uint64_t tail = recording.TailPosition();
   if (recording.headerRevision != kModifiedRevision || tail == 0 || tail >= recording.fileSize) return;
-  parts.push_back(fmt::format("the tail of a modified recording, {} bytes", recording.fileSize - tail));
+  parts.push_back("the tail of a modified recording, " + Counted(recording.fileSize - tail, "byte"));
 }
 
 // ---- bytes of the header that have no name
 
-template <class... Bytes>
-std::size_t CountSet(const Bytes&... reserved) {
-  const auto countIn = [](const auto& bytes) {
-    const auto all = std::as_bytes(std::span(&bytes, 1));
-    return static_cast<std::size_t>(
-        std::count_if(all.begin(), all.end(), [](std::byte b) { return b != std::byte{0}; }));
-  };
-  return (countIn(reserved) + ...);
+template <std::size_t N>
+std::size_t CountSet(const StoredBytes<N>& bytes) {
+  return N - static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), std::byte{0}));
+}
+
+template <class Record, class... Members>
+std::size_t CountSet(const Record& record, const std::tuple<Members...>& reserved) {
+  return std::apply([&record](auto... bytes) { return (CountSet(record.*bytes) + ...); }, reserved);
 }
 
 void AddReservedBytes(const HeaderImage& image, std::vector<std::string>& parts) {
-  const RecordingHeader& h = image.header;
-  std::size_t count = CountSet(h.reserved251, h.reserved357, h.reserved388, h.reserved415, h.reserved420,
-                               h.reserved434, h.reserved445, h.reserved478, h.reserved493, h.reserved521,
-                               h.reserved681, h.reserved685, h.reserved696, h.reserved807, h.reserved808,
-                               h.reserved825, h.reserved854, h.reserved883, h.reserved890);
-  for (const ChannelRecord& c : image.ChannelsInUse()) {
-    count += CountSet(c.reserved17, c.reserved27, c.reserved31, c.reserved39, c.reserved43, c.reserved47,
-                      c.reserved49, c.reserved51, c.reserved70);
-  }
-  if (count != 0) parts.push_back(fmt::format("{} bytes of the header that no field has", count));
+  std::size_t count = CountSet(image.header, kReservedOfHeader);
+  for (const ChannelRecord& record : image.ChannelsInUse()) count += CountSet(record, kReservedOfChannel);
+  if (count != 0) parts.push_back(Counted(count, "byte") + " of the header that no field has");
 }
 
 // ---- records of tails
@@ -142,7 +124,7 @@ using Lengths = std::map<std::uint32_t, std::vector<std::uint32_t>>;  // by tag
 Lengths RecordsOf(const CRecordingFile& recording) {
   Lengths lengths;
   const std::unique_ptr<File> file = FileOf(recording);
-  if (!file || !HasReadTail(recording)) return lengths;
+  if (!file || !recording.HasTail()) return lengths;
   CTffFile tail(*file, recording.TailPosition());
   for (const auto& [position, record] : tail.Entries()) {
     const std::uint64_t left = recording.fileSize - std::min(recording.fileSize, position + sizeof record);
@@ -174,11 +156,12 @@ std::vector<std::string> LostRecords(const CRecordingFile& before, const CRecord
     if (tag == tag::kMarker || tag == tag::kTailRevision) continue;  // told by number, and written anew
     const std::vector<std::uint32_t>& kept = now[tag];
     if (kept.size() < lengths.size())
-      lost.push_back(fmt::format("{} records of the tail ({})", lengths.size() - kept.size(), NameOf(tag)));
+      lost.push_back(
+          fmt::format("{} of the tail ({})", Counted(lengths.size() - kept.size(), "record"), NameOf(tag)));
     for (std::size_t i = 0; i < std::min(kept.size(), lengths.size()); ++i) {
       if (kept[i] >= lengths[i]) continue;
-      lost.push_back(
-          fmt::format("{} bytes at the end of a record of the tail ({})", lengths[i] - kept[i], NameOf(tag)));
+      lost.push_back(fmt::format("{} at the end of a record of the tail ({})",
+                                 Counted(lengths[i] - kept[i], "byte"), NameOf(tag)));
     }
   }
   return lost;

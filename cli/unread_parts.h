@@ -11,9 +11,6 @@ namespace wavelock::command {
 // In words, one for each. The recording is one that was opened; its file is looked at once more.
 std::vector<std::string> UnreadParts(CRecordingFile& recording);
 
-// Whether the setup comes from a tail, not from the header alone.
-bool HasReadTail(const CRecordingFile& recording);
-
 // Records of the tail of `before` that the tail of `after` has no more, or has shorter.
 std::vector<std::string> LostRecords(const CRecordingFile& before, const CRecordingFile& after);
 

@@ -49,7 +49,7 @@ TEST(AnnotationsOutput, CorrectionsAreLeftOutOnRequestAndTold) {
   const Outcome gap = folder.Wavelock("samples a.rec");
   EXPECT_EQ(gap.exitCode, 1);
   EXPECT_THAT(gap.err, HasSubstr("--no-polynomials"));
-  EXPECT_THAT(folder.Wavelock("info a.rec").out, HasSubstr("1 rows, 1 segments"));
+  EXPECT_THAT(folder.Wavelock("info a.rec").out, HasSubstr("1 row, 1 segment"));
   const auto facts = nlohmann::json::parse(folder.Wavelock("info --json a.rec").out);
   EXPECT_EQ(facts["corrections"], nlohmann::json::parse(R"({"rows": 1, "segments": 1})"));
 }

@@ -119,12 +119,12 @@ TEST_F(UpgradeOutput, WhatHasNoPlaceIsTold) {
        Plain().Revision(3).TriggerWords(0, 0, 0x0105).TriggerWords(2, 1, 0x10)},
       {"3 words ahead of samples", Plain().Layout(2).LeadingWord(7)},
       {"the tail of a modified recording", WithTail().Revision(15)},
-      {"1 records of the tail (tag 5010, channel)", WithTail({{5010, 0, empty}})},
-      {"1 records of the tail (tag 1010, ", WithTail({{1010, 0, empty}})},
+      {"1 record of the tail (tag 5010, channel)", WithTail({{5010, 0, empty}})},
+      {"1 record of the tail (tag 1010, ", WithTail({{1010, 0, empty}})},
       {"2 bytes of the header that no field has", Plain().PutU8(251, 1).PutChannelU8(1, 27, 1)},
       {"header lowpassIndex: 5 became ", Plain().PutChannelU8(1, 65, 5)},
       {"header spectrumSource: 3 became 0", Plain().PutU8(559, 3)},
-      {"1 markers, which a continuous", WithTail({marker})},
+      {"1 marker, which a continuous", WithTail({marker})},
       {"3 bytes behind the data", RecordingBuilder()
                                       .Epoched()
                                       .Channels(1)

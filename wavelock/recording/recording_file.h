@@ -84,7 +84,8 @@ class CRecordingFile {
   // `dataKind` of the setup, a DataKind; -100 without one.
   int GetAcquisitionKind() const;
 
-  // Where the tagged container of the open file begins, if it has one.
+  // Whether the open file has a tagged container that counts, and where it begins.
+  bool HasTail() const;
   std::uint64_t TailPosition() const;
 
   // Bytes of the block at the start of a file with the setup's channels.
@@ -307,7 +308,6 @@ class CRecordingFile {
  private:
   bool ReadFileHead();
   bool Translate(HeaderImage& image, CSetup& into);
-  bool HasTail() const;
   bool ReadTail(int fileClass);
   bool AcceptsTailRevision(CTffFile& tail);
   void WarnOfModification();

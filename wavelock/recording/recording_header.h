@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <tuple>
 
 #include "wavelock/numerics/stored.h"
 
@@ -244,6 +245,29 @@ static_assert(offsetof(ChannelRecord, reserved47) == 47);
 static_assert(offsetof(ChannelRecord, channelFlagB) == 50);
 static_assert(offsetof(ChannelRecord, calibration) == 59);
 static_assert(offsetof(ChannelRecord, sensitivity) == 71);
+
+// The members that no field has, all of them.
+inline constexpr std::tuple kReservedOfHeader(&RecordingHeader::reserved251, &RecordingHeader::reserved357,
+                                              &RecordingHeader::reserved388, &RecordingHeader::reserved415,
+                                              &RecordingHeader::reserved420, &RecordingHeader::reserved434,
+                                              &RecordingHeader::reserved445, &RecordingHeader::reserved478,
+                                              &RecordingHeader::reserved493, &RecordingHeader::reserved521,
+                                              &RecordingHeader::reserved681, &RecordingHeader::reserved685,
+                                              &RecordingHeader::reserved696, &RecordingHeader::reserved807,
+                                              &RecordingHeader::reserved808, &RecordingHeader::reserved825,
+                                              &RecordingHeader::reserved854, &RecordingHeader::reserved883,
+                                              &RecordingHeader::reserved890);
+inline constexpr std::tuple kReservedOfChannel(&ChannelRecord::reserved17, &ChannelRecord::reserved27,
+                                               &ChannelRecord::reserved31, &ChannelRecord::reserved39,
+                                               &ChannelRecord::reserved43, &ChannelRecord::reserved47,
+                                               &ChannelRecord::reserved49, &ChannelRecord::reserved51,
+                                               &ChannelRecord::reserved70);
+
+template <class Record, std::size_t... kSizes>
+constexpr std::size_t BytesIn(const std::tuple<StoredBytes<kSizes> Record::*...>&) {
+  return (kSizes + ...);
+}
+static_assert(BytesIn(kReservedOfHeader) == 69 && BytesIn(kReservedOfChannel) == 30);
 
 // Values of `sampleLayout`. Those above are read like kPlain and counted like kBlocks.
 enum SampleLayout : int {
