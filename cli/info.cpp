@@ -84,7 +84,7 @@ Facts Gather(InputRecording& input) {
   CSetup& setup = *input->GetSetup();
   const int kind = input->GetFileClass(&input->rawHeader);
   Facts facts{.path = input.Path(), .kind = std::string(NameOfKind(kind))};
-  for (const SetupChannel& channel : setup.Channels()) facts.channels.emplace_back(channel.label.View());
+  facts.channels = LabelsOf(setup);
   facts.rate = setup.Rate();
   facts.points =
       kind == kContinuous ? CountSamples(*input) : static_cast<std::uint64_t>(std::max(0, setup.GetPoints()));

@@ -31,11 +31,11 @@ bool IsSameFile(const std::string& a, const std::string& b) {
 }
 
 std::FILE* OpenNamed(const std::string& path, bool force) {
-  const bool overwrites = force || (fs::exists(path) && !IsRegularFile(path));
+  std::error_code error;
+  const bool overwrites = force || (fs::exists(path, error) && !IsRegularFile(path));
+  if (!IsFree(path, overwrites)) return nullptr;
   std::FILE* const stream = std::fopen(path.c_str(), overwrites ? "wb" : "wbx");
-  if (stream == nullptr) {
-    Complain(path, errno == EEXIST ? "The file exists. With --force it is overwritten." : SystemText(errno));
-  }
+  if (stream == nullptr) Complain(path, SystemText(errno));
   return stream;
 }
 
@@ -44,6 +44,13 @@ std::FILE* OpenNamed(const std::string& path, bool force) {
 void OutputOptions::AddTo(CLI::App& parser) {
   parser.add_option("-o,--output", path, "Write to this file instead of standard output");
   parser.add_flag("--force", force, "Overwrite a file that exists");
+}
+
+bool IsFree(const std::string& path, bool force) {
+  std::error_code error;
+  if (force || !fs::exists(path, error)) return true;
+  Complain(path, "The file exists. With --force it is overwritten.");
+  return false;
 }
 
 Output::Output(std::FILE* stream, std::string path)

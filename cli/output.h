@@ -20,6 +20,9 @@ struct OutputOptions {
   void AddTo(CLI::App& parser);
 };
 
+// Whether a file may be written at a path: none is there, or `force` is set. If not, standard error says so.
+bool IsFree(const std::string& path, bool force);
+
 class Output {
  public:
   // Null when the file cannot be made, stands there already and `force` is not set, or is `input` itself;

@@ -1,8 +1,6 @@
 // wavelock samples: continuous samples as a table.
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -41,10 +39,10 @@ struct Options {
 };
 
 std::vector<std::string> LabelsOfChosen(const CSetup& setup, const std::vector<std::size_t>& chosen) {
-  std::vector<std::string> labels(chosen.size());
-  std::transform(chosen.begin(), chosen.end(), labels.begin(),
-                 [&](std::size_t index) { return std::string(setup.channels[index].label.View()); });
-  return labels;
+  const std::vector<std::string> labels = LabelsOf(setup);
+  std::vector<std::string> ofChosen;
+  for (const std::size_t index : chosen) ofChosen.push_back(labels[index]);
+  return ofChosen;
 }
 
 // Nothing, with a complaint, for a range that does not lie in the recording.

@@ -146,9 +146,7 @@ bool MaySaveTo(const Options& options) {
     Complain(options.saveTo, "The setup would overwrite the file that it comes from.");
     return false;
   }
-  if (options.output.force || !std::filesystem::exists(options.saveTo, error)) return true;
-  Complain(options.saveTo, "The file exists. With --force it is overwritten.");
-  return false;
+  return IsFree(options.saveTo, options.output.force);
 }
 
 bool Save(CSetup& setup, const std::string& path) {

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -42,7 +43,7 @@ struct Options {
 
 struct Result {
   std::string path;
-  std::string output{};
+  std::optional<std::string> target{};  // none where nothing may be written
   ExitCode code = kFailed;
   std::vector<std::string> losses{};
 };
@@ -121,30 +122,23 @@ std::uint64_t SizeOf(const std::string& path) {
   return error ? 0 : size;
 }
 
-// Empty, with the reason said, when nothing may be written there.
-std::string TargetOf(const std::string& path, const Options& options) {
+std::nullopt_t Fail(const std::string& path, std::string_view why) {
+  Complain(path, why);
+  return std::nullopt;
+}
+
+// Where the upgraded file goes. None, with the reason said, when nothing may be written there.
+std::optional<std::string> TargetOf(const std::string& path, const Options& options) {
   if (options.inPlace) {
     const auto status = Host::Default().files.Status(path);
     if (!status || !status->readOnly) return path;
-    Complain(path, "The recording is read-only and stays as it is.");
-    return {};
+    return Fail(path, "The recording is read-only and stays as it is.");
   }
   const fs::path target = fs::path(options.folder) / fs::path(path).filename();
   std::error_code error;
-  if (fs::equivalent(target, path, error)) {
-    Complain(path, "The output would overwrite the recording that it comes from. That is for --in-place.");
-    return {};
-  }
-  if (fs::exists(target, error) && !options.force) {
-    Complain(target.string(), "The file exists. With --force it is overwritten.");
-    return {};
-  }
-  return target.string();
-}
-
-bool Fail(const std::string& path, std::string_view why) {
-  Complain(path, why);
-  return false;
+  if (fs::equivalent(target, path, error))
+    return Fail(path, "The output would overwrite the recording that it comes from. That is for --in-place.");
+  return IsFree(target.string(), options.force) ? std::optional(target.string()) : std::nullopt;
 }
 
 // Why a recording that was opened could not be copied.
@@ -162,37 +156,44 @@ std::string_view WhyNotSaved(CRecordingFile& recording, const NamedModalInterfac
          "written.";
 }
 
-// The copy gets its name when it holds what the recording holds.
-bool WriteUpgraded(CRecordingFile& recording, const NamedModalInterface& modal, Result& result) {
-  Staged staged(result.output);
+// What of a recording is not in its copy; none where the copy does not hold the same data.
+std::optional<std::vector<std::string>> LossesOfCopy(CRecordingFile& recording, const std::string& path) {
+  ReadOnlyFiles files(Host::Default().files);
+  Host host{files, Host::Default().profile, Host::Default().modal, Host::Default().process};
+  constexpr int kSilent = 1;
+  CRecordingFile copy(kSilent, host);
+  if (!copy.OpenFile(path) || !HoldSameData(recording, copy)) return std::nullopt;
+  return Losses(recording, copy);
+}
+
+// The copy gets its name when it holds what the recording holds. None, with the reason said, when it did not
+// come so far.
+std::optional<std::vector<std::string>> WriteUpgraded(CRecordingFile& recording, const std::string& path,
+                                                      const std::string& target,
+                                                      const NamedModalInterface& modal) {
+  Staged staged(target);
   if (!staged.IsFree()) return Fail(staged.Path(), "The file stands in the way of an upgrade.");
-  if (!recording.SaveCopy(staged.Path())) {
-    return Fail(result.path, WhyNotSaved(recording, modal));
-  }
-  {
-    ReadOnlyFiles files(Host::Default().files);
-    Host host{files, Host::Default().profile, Host::Default().modal, Host::Default().process};
-    constexpr int kSilent = 1;
-    CRecordingFile copy(kSilent, host);
-    if (!copy.OpenFile(staged.Path()) || !HoldSameData(recording, copy)) {
-      return Fail(result.path, "The upgraded file does not hold the same data and was removed.");
-    }
-    result.losses = Losses(recording, copy);
-  }
-  return staged.Place() || Fail(result.output, "The file cannot be put into its place.");
+  if (!recording.SaveCopy(staged.Path())) return Fail(path, WhyNotSaved(recording, modal));
+  auto losses = LossesOfCopy(recording, staged.Path());
+  if (!losses) return Fail(path, "The upgraded file does not hold the same data and was removed.");
+  if (!staged.Place()) return Fail(target, "The file cannot be put into its place.");
+  return losses;
 }
 
 Result Upgrade(const std::string& path, const Options& options, const Output& output) {
   Result result{.path = path};
-  result.output = TargetOf(path, options);
-  if (result.output.empty()) return result;
+  result.target = TargetOf(path, options);
+  if (!result.target) return result;
   Progress progress(path, SizeOf(path), output);
   UpgradeFiles files(Host::Default().files, progress);
   NamedModalInterface modal(Host::Default().modal, path);
   Host host{files, Host::Default().profile, modal, Host::Default().process};
   CRecordingFile recording(0, host);
-  if (!recording.OpenFile(path) || !WriteUpgraded(recording, modal, result)) return result;
-  result.code = result.losses.empty() ? kDone : kDoneWithLoss;
+  if (!recording.OpenFile(path)) return result;
+  const auto losses = WriteUpgraded(recording, path, *result.target, modal);
+  if (!losses) return result;
+  result.losses = *losses;
+  result.code = losses->empty() ? kDone : kDoneWithLoss;
   return result;
 }
 
@@ -202,7 +203,7 @@ std::string_view StatusOf(ExitCode code) {
 
 std::string AsJson(const Result& result) {
   const nlohmann::json line = {{"path", result.path},
-                               {"output", result.output},
+                               {"output", result.target.value_or("")},
                                {"status", StatusOf(result.code)},
                                {"losses", result.losses}};
   return line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
