@@ -87,21 +87,6 @@ TEST(ArrayArchive, EventGroupKeepsItsEvents) {
   EXPECT_EQ(loaded.groupArrayA.Size(), 0);
 }
 
-TEST(ArrayArchive, LoadingReusesElementsOrFreesThem) {
-  GroupWordArray array;
-  ASSERT_TRUE(array.SetSize(10, 3));
-  const Bytes twoBytes = ByteWriter().U32(2).U32(11).U32(12);
-  Archive two(twoBytes, 0);
-  ASSERT_TRUE(array.Serialize(two));
-  EXPECT_THAT(array.Elements(), ElementsAre(11, 12));
-  EXPECT_EQ(array.Capacity(), 10);
-  const Bytes noneBytes = ByteWriter().U32(0);
-  Archive none(noneBytes, 0);
-  ASSERT_TRUE(array.Serialize(none));
-  EXPECT_EQ(array.Capacity(), 0);
-  EXPECT_EQ(array.GrowStep(), 3);
-}
-
 TEST(ArrayArchive, CountBeyondTheArchiveLeavesTheArrayAsItWas) {
   GroupWordArray array;
   array.Append(4);

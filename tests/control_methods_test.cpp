@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <ostream>
+#include <optional>
+#include <string>
+#include <tuple>
 #include <vector>
 
 #include "tests/support/recording_builder.h"
@@ -16,24 +18,10 @@ namespace {
 
 using testing::ElementsAre;
 
-struct Facts {
-  int channels;
-  int rate;
-  int kind;
-  std::optional<std::string> name;
-  bool active;
-  int points;
-  int events;
-  int epochs;
-
-  bool operator==(const Facts&) const = default;
-
-  friend void PrintTo(const Facts& f, std::ostream* out) {
-    *out << f.channels << " channels, " << f.rate << " Hz, kind " << f.kind << ", name "
-         << f.name.value_or("(none)") << ", active " << f.active << ", " << f.points << " points, "
-         << f.events << " events, " << f.epochs << " epochs";
-  }
-};
+// Channels, rate, kind, name, whether it is open, points, events, epochs.
+using Facts = std::tuple<int, int, int, std::optional<std::string>, bool, int, int, int>;
+constexpr std::size_t kActive = 4;
+constexpr std::size_t kPoints = 5;
 
 Facts FactsOf(CWavelockCtrl& control) {
   return {control.GetNumChannels(), control.GetRate(),       control.GetAcqType(),
@@ -47,7 +35,6 @@ const Facts kContinuousFacts{2, 250, 2, "c.cnt", true, 3, 2, 1};
 
 RecordingBuilder Continuous() {
   return RecordingBuilder()
-      .Continuous()
       .Channels(2)
       .Rate(250)
       .Samples({1, -2, 3, 4, 5, -6})
@@ -131,6 +118,10 @@ TEST(ControlMethods, ContinuousFileServesSamplesAndEventsAndNoEpochs) {
   std::int16_t words[4] = {};
   EXPECT_TRUE(s.control.GetContinuousShortBlock(1, 3, words, sizeof words));
   EXPECT_THAT(words, ElementsAre(3, 4, 5, -6));
+  EXPECT_FALSE(s.control.GetContinuousShortBlock(-1, 1, words, 8));
+  EXPECT_FALSE(s.control.GetContinuousShortBlock(0, 1, words, -4));
+  EXPECT_FALSE(s.control.GetContinuousShortBlock(std::numeric_limits<std::int32_t>::min(), 1, words, 4));
+  EXPECT_THAT(words, ElementsAre(3, 4, 5, -6));
   std::int32_t pair = 0;
   EXPECT_TRUE(s.control.GetContinuousIntBlock(0, 1, &pair, sizeof pair));  // two words of the file's width
   EXPECT_EQ(pair, static_cast<std::int32_t>(0xFFFE0001));
@@ -150,25 +141,6 @@ TEST(ControlMethods, ContinuousFileServesSamplesAndEventsAndNoEpochs) {
   EXPECT_FALSE(HasEpochInfo(s.control));
 }
 
-TEST(ControlMethods, BlockRequestThatDoesNotFitLeavesTheBufferAlone) {
-  struct Request {
-    std::int32_t start;
-    std::int32_t end;
-    std::int32_t bytes;
-  };
-  constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
-  Setting s;
-  ASSERT_TRUE(s.control.OpenInputDataFile("/c.cnt"));
-  for (const Request& r : {Request{0, 1, 3}, Request{0, 1, 5}, Request{0, 1, 0}, Request{0, 1, -4},
-                           Request{-1, 1, 8}, Request{-2, -1, 4}, Request{kLeast, 1, 4}, Request{1, 1, 0},
-                           Request{2, 1, 4}, Request{3, 4, 4}, Request{0, -1, -4}}) {
-    std::int16_t words[4] = {9, 9, 9, 9};
-    EXPECT_FALSE(s.control.GetContinuousShortBlock(r.start, r.end, words, r.bytes))
-        << r.start << " " << r.end << " " << r.bytes;
-    EXPECT_THAT(words, ElementsAre(9, 9, 9, 9));
-  }
-}
-
 TEST(ControlMethods, ShortBlockOfAWideFileHolds32BitWords) {
   Setting s;
   s.host.memory.Put("/w.cnt", Continuous().Width(4).Build());
@@ -184,7 +156,7 @@ TEST(ControlMethods, EpochedFileServesEpochsAndTheirFacts) {
   Setting s;
   ASSERT_TRUE(s.control.OpenInputDataFile("/e.eeg"));
   Facts facts = FactsOf(s.control);
-  facts.points = 0;  // says nothing of such a file
+  std::get<kPoints>(facts) = 0;  // says nothing of such a file
   EXPECT_EQ(facts, (Facts{2, 500, 1, "e.eeg", true, 0, 0, 2}));
   std::int16_t words[4] = {};
   EXPECT_TRUE(s.control.GetEpochShortBlock(1, words, sizeof words));
@@ -225,11 +197,16 @@ TEST(ControlMethods, AfterACloseAnswerForTheLastFile) {
   ASSERT_TRUE(s.control.OpenInputDataFile("/c.cnt"));
   EXPECT_TRUE(s.control.CloseInputDataFile());
   Facts expected = kContinuousFacts;
-  expected.active = false;
+  std::get<kActive>(expected) = false;
   EXPECT_EQ(FactsOf(s.control), expected);
   EXPECT_THAT(Event(s.control, 0), ElementsAre(1, 0xFFFE, 200, 5, 1));
   EXPECT_EQ(BlocksServed(s.control), 0);
   EXPECT_FALSE(s.control.CloseInputDataFile());
+
+  ASSERT_TRUE(s.control.OpenInputDataFile("/c.cnt"));
+  EXPECT_FALSE(s.control.OpenInputDataFile("/missing.cnt"));
+  EXPECT_FALSE(s.control.GetFileActive());
+  EXPECT_THAT(NumbersOf(s.host.user.messages), ElementsAre(1765, 0));
 
   ASSERT_TRUE(s.control.OpenInputDataFile("/e.eeg"));
   EXPECT_TRUE(s.control.CloseInputDataFile());
@@ -238,64 +215,34 @@ TEST(ControlMethods, AfterACloseAnswerForTheLastFile) {
   EXPECT_FALSE(HasEpochInfo(s.control));
 }
 
-TEST(ControlMethods, FailedOpenClearsTheActiveFlagAndTellsWhy) {
-  Setting s;
-  ASSERT_TRUE(s.control.OpenInputDataFile("/c.cnt"));
-  EXPECT_FALSE(s.control.OpenInputDataFile("/missing.cnt"));
-  EXPECT_FALSE(s.control.GetFileActive());
-  EXPECT_THAT(NumbersOf(s.host.user.messages), ElementsAre(1765, 0));
-}
-
-TEST(ControlMethods, ControlTellsItsContainerHowItIsDrawnAndStored) {
+TEST(ControlMethods, ControlIsDrawnAsAnEllipseOnWhiteAndStoresItsVersionAlone) {
   struct Picture : Canvas {
     void FillRectangle(const Rectangle& area, Brush brush) noexcept override {
       EXPECT_EQ(brush, Brush::kWhite);
-      EXPECT_TRUE(ellipses.empty());
-      fills.push_back(area);
+      areas.push_back(area);
     }
-    void DrawEllipse(const Rectangle& bounds) noexcept override { ellipses.push_back(bounds); }
-    std::vector<Rectangle> fills;
-    std::vector<Rectangle> ellipses;
+    void DrawEllipse(const Rectangle& bounds) noexcept override { areas.push_back(bounds); }
+    std::vector<Rectangle> areas;
+  };
+  struct Bag : PropertyBag {
+    bool IsLoading() const noexcept override { return false; }
+    bool LoadNumber(const char*, std::uint32_t*) noexcept override { return false; }
+    bool SaveNumber(const char* name, std::uint32_t value) noexcept override {
+      EXPECT_EQ(std::string(name), "_Version");
+      EXPECT_EQ(value, 0x00010000u);
+      return works;
+    }
+    bool works = true;
   };
   Setting s;
   const Rectangle bounds{.left = 1, .top = 2, .right = 30, .bottom = 40};
   Picture picture;
   s.control.OnDraw(picture, bounds);
-  EXPECT_THAT(picture.fills, ElementsAre(bounds));
-  EXPECT_THAT(picture.ellipses, ElementsAre(bounds));
-  EXPECT_EQ(s.control.GetControlFlags(), ControlBase().GetControlFlags() | 0x10);
-  EXPECT_TRUE(CWavelockCtrl::EventTable().empty());
-}
-
-TEST(ControlMethods, OnlyTheVersionIsExchanged) {
-  struct Bag : PropertyBag {
-    bool IsLoading() const noexcept override { return false; }
-    bool LoadNumber(const char*, std::uint32_t*) noexcept override { return false; }
-    bool SaveNumber(const char* name, std::uint32_t value) noexcept override {
-      saved.emplace_back(name, value);
-      return works;
-    }
-    std::vector<std::pair<std::string, std::uint32_t>> saved;
-    bool works = true;
-  };
-  Setting s;
+  EXPECT_THAT(picture.areas, ElementsAre(bounds, bounds));
   Bag bag;
   EXPECT_TRUE(s.control.DoPropExchange(bag));
-  EXPECT_THAT(bag.saved, ElementsAre(std::pair("_Version", 0x00010000u)));
   bag.works = false;
   EXPECT_FALSE(s.control.DoPropExchange(bag));
-  s.control.OnResetState();
-}
-
-TEST(ControlMethods, AboutBoxNamesTheControl) {
-  Setting s;
-  s.host.user.ExpectDialog("CAboutBox", {});
-  s.control.AboutBox();
-  const ModalDialog& dialog = s.host.user.dialogs.front();
-  EXPECT_EQ(dialog.templateNumber, 1);
-  EXPECT_EQ(dialog.icon, 1);
-  EXPECT_EQ(dialog.caption, "About Wavelock Control");
-  EXPECT_THAT(dialog.texts, ElementsAre("Wavelock Control, Version 1.0"));
 }
 
 }  // namespace

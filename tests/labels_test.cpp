@@ -4,8 +4,7 @@
 
 #include <random>
 
-#include "tests/support/byte_writer.h"
-#include "tests/support/test_host.h"
+#include "tests/support/stored_annotations.h"
 #include "wavelock/annotations/exchange_sort.h"
 #include "wavelock/annotations/label_list.h"
 #include "wavelock/setup/section_tags.h"
@@ -57,30 +56,11 @@ std::vector<std::string> Texts(const CLabelList& list) {
   return texts;
 }
 
-TEST(Labels, AreSortedAsUnsignedNumbersAndEqualOnesChangePlaces) {
-  CLabelList list;
-  for (const auto& [text, value] : {std::pair{"last", 0xFFFFFFFFu}, {"a", 5u}, {"b", 5u}, {"first", 1u}})
-    list.Add({text, value});
-  ASSERT_TRUE(list.SortByValue());
-  EXPECT_THAT(Texts(list), ElementsAre("first", "b", "a", "last"));
-}
-
-struct Container {
-  TestHost test;
-  std::unique_ptr<File> file = test.memory.Open("/c", OpenMode::kCreate);
-  CTffFile tff{*file, 0};
-
-  Container() { tff.WriteHeader(); }
-  void Write(const std::vector<std::byte>& payload) {
-    tff.WriteSection(tag::kLabel, static_cast<std::uint32_t>(payload.size()), payload.data(), 0);
-  }
-};
-
 TEST(Labels, AreReadUpToTheirNulWhateverLiesBehind) {
-  Container container;
-  container.Write(ByteWriter().Text("one").U8(0).Text(std::string(252, 'x')).U32(7));
-  container.Write(ByteWriter().Text("short"));
-  container.Write(ByteWriter().Text(std::string(256, 'y')).U32(8));
+  ContainerInMemory container(
+      {{tag::kLabel, 0, ByteWriter().Text("one").U8(0).Text(std::string(252, 'x')).U32(7)},
+       {tag::kLabel, 0, ByteWriter().Text("short")},
+       {tag::kLabel, 0, ByteWriter().Text(std::string(256, 'y')).U32(8)}});
   CLabelList list;
   list.Add({"before", 1});
   ASSERT_TRUE(list.Load(container.tff));
@@ -91,7 +71,7 @@ TEST(Labels, AreReadUpToTheirNulWhateverLiesBehind) {
 }
 
 TEST(Labels, SavingEndsAtATextThatIsTooLong) {
-  Container container;
+  ContainerInMemory container;
   CLabelList list;
   list.Add({std::string(255, 'a'), 3});
   ASSERT_TRUE(list.Save(container.tff));

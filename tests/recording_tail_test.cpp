@@ -1,8 +1,6 @@
 // Opening a recording lays the setup in its tail over what the header gave.
 #include <gtest/gtest.h>
 
-#include <memory>
-
 #include "tests/support/opened_recording.h"
 #include "tests/support/setup_tail.h"
 #include "wavelock/setup/tff_file.h"
@@ -11,7 +9,7 @@ namespace wavelock {
 namespace {
 
 RecordingBuilder WithTail(const StoredContainer& tail, int revision = 16) {
-  return RecordingBuilder().Revision(revision).Channels(2).Samples({1, 2, 3, 4}).Tail(SectionsOf(tail));
+  return RecordingBuilder().Revision(revision).Channels(2).Samples({1, 2, 3, 4}).Tail(tail.records);
 }
 
 StoredContainer TailWithRevision(std::int32_t revision) {
@@ -58,7 +56,7 @@ TEST(RecordingTail, AloneTellsThatSamplesOfEpochsHaveFourBytes) {
                            .Points(2)
                            .Width(4)
                            .Epochs({{.samples = {1, 2, 3, 4}}, {.samples = {100'000, -100'000, 7, 8}}})
-                           .Tail(SectionsOf(tail)));
+                           .Tail(tail.records));
   ASSERT_TRUE(file.isOpen);
   std::vector<float> microvolts(4);
   ASSERT_TRUE(file.recording.ReadEpochFloat(1, microvolts.data(), 16));
@@ -76,8 +74,11 @@ TEST(RecordingTail, StandsInRevisionsThatHaveATrustedOne) {
     EXPECT_EQ(file.Setup().channels[1].label == "tail", revision >= 14) << revision;
   }
   OpenWith modified(WithTail(tail, 15));
-  modified.test.user.ExpectDialog("CModifiedPrompt", {.checked = true});
-  EXPECT_TRUE(modified.Open());
+  using Answer = ScriptedUser::DialogAnswer;
+  for (const Answer& answer : {Answer{.accept = false, .checked = true}, Answer{}, Answer{.checked = true}}) {
+    modified.test.user.ExpectDialog("CModifiedPrompt", answer);
+    EXPECT_TRUE(modified.Open());
+  }
   EXPECT_EQ(modified.recording.GetSetup()->channels[1].label, "2");
   EXPECT_TRUE(modified.Open()) << "is not asked a second time";
   OpenWith silent(WithTail(tail, 15), 1);
@@ -100,6 +101,8 @@ TEST(RecordingTail, ContinuousOnesCannotBeInTheFrequencyDomain) {
     EXPECT_EQ(NumbersOf(file.test.user.messages), (std::vector<int>{1760})) << "always shown";
     EXPECT_EQ(file.Setup().frequencyDomain, 0);
     EXPECT_EQ(file.Setup().pointCount, 1000);
+    EXPECT_EQ(file.Setup().timeStart, 0.0F);
+    EXPECT_EQ(file.Setup().timeEnd, 0.999F);
   }
 }
 

@@ -11,8 +11,6 @@ namespace wavelock {
 namespace {
 
 using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
 
 TEST(AnnotationsOutput, MarkersAreListedAsTextAndAsJson) {
   CommandFolder folder;

@@ -16,25 +16,26 @@ namespace wavelock {
 using SetupChange = std::function<void(CSetup&)>;
 
 // A tail's setup under which channels are called "1", "2", ... and a stored integer is a microvolt.
-inline std::vector<RecordingBuilder::Section> PlainSetupSections(
+inline std::vector<StoredRecord> PlainSetupSections(
     std::int32_t channels, const SetupChange& change = [](CSetup&) {}) {
-  return SectionsOf(TailOf(
-      [&change](CSetup& setup) {
-        int number = 0;
-        for (SetupChannel& channel : setup.Channels()) {
-          channel.label.Assign(std::to_string(++number));
-          channel.channelScale = 1;
-          channel.countScale = 1;
-        }
-        change(setup);
-      },
-      channels));
+  return TailOf(
+             [&change](CSetup& setup) {
+               int number = 0;
+               for (SetupChannel& channel : setup.Channels()) {
+                 channel.label.Assign(std::to_string(++number));
+                 channel.channelScale = 1;
+                 channel.countScale = 1;
+               }
+               change(setup);
+             },
+             channels)
+      .records;
 }
 
 // Two channels, and two markers: one that says everything, one that says nothing, not even a time: -1 would
 // leave the point to that. `change` puts into the setup what the kind of recording needs.
 inline RecordingBuilder MarkedRecording(const SetupChange& change = [](CSetup&) {}) {
-  std::vector<RecordingBuilder::Section> tail = PlainSetupSections(2, change);
+  std::vector<StoredRecord> tail = PlainSetupSections(2, change);
   const StoredMarker full = {
       .name = "spike", .text = "a\tb\\", .channel = 1, .locked = 1, .epoch = 0, .colour = 0x4080FF};
   const StoredMarker empty = {.channel = -1,
@@ -51,7 +52,7 @@ inline RecordingBuilder MarkedRecording(const SetupChange& change = [](CSetup&) 
 // sample 3, where its segment ends, a parabola takes less than 1 from sample 0 and between 2 and 3 from the
 // others.
 inline RecordingBuilder CorrectedRecording() {
-  std::vector<RecordingBuilder::Section> tail = PlainSetupSections(1);
+  std::vector<StoredRecord> tail = PlainSetupSections(1);
   tail.push_back({tag::kLabel, 0, LabelBytes("later", 7)});
   tail.push_back({tag::kLabel, 0, LabelBytes("last", 0xFFFFFFFF)});
   tail.push_back({tag::kOverlayParameters, 0, ParametersBytes(0, 2, 1)});

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <fstream>
 #include <ios>
+#include <span>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -34,7 +35,6 @@ struct Place {
 };
 constexpr Place kFileForm = {20, 0};
 constexpr Place kRecordDate = {225, 205};
-constexpr Place kRecordTime = {235, 215};
 constexpr Place kAveragedSweeps = {362, 231};
 constexpr Place kPointCount = {368, 233};
 constexpr Place kChannelCount = {370, 235};
@@ -158,7 +158,6 @@ class RecordingBuilder::Composer {
     const std::array<float, 2> times = Times();
     block.PutU8(At(kFileForm), b_.oldestFirstByte_.value_or(b_.fileForm_));
     block.Put(At(kRecordDate), TextOf(10, b_.date_));
-    block.Put(At(kRecordTime), TextOf(12, b_.time_));
     block.PutU16(At(kAveragedSweeps), std::max<std::size_t>(b_.epochs_.size(), 1));
     block.PutU16(At(kPointCount), PointCount());
     block.PutU16(At(kChannelCount), ChannelCount());
@@ -401,15 +400,11 @@ class RecordingBuilder::Composer {
   // ---- tail
 
   Bytes Tail() const {
-    ByteWriter out;
-    if (!b_.tail_) return out;
-    out.Text("QVR TFF").U8(0).U32(0x8A0502CE).U32(0x805316F0).U32(0xA901F4F7).U32(0x8A110B20).Zeros(24 + 4);
-    out.U16(b_.tailFlags_.value_or(b_.width_ == 4 ? 1 : 0)).Zeros(10);
-    for (const Section& section : *b_.tail_) {
-      const std::uint32_t length = U32(section.payload.size());
-      out.U32(section.tag).U16(section.version).Zeros(2).U32(length).U32(length).Bytes(section.payload);
-    }
-    return out;
+    if (!b_.tail_) return {};
+    StoredContainer container;
+    container.flags = b_.width_ == 4 ? 1 : 0;
+    container.records = *b_.tail_;
+    return container.Bytes();
   }
 
   const RecordingBuilder& b_;
@@ -437,38 +432,12 @@ RecordingBuilder& RecordingBuilder::NoteBlock(std::string_view text) {
 }
 
 RecordingBuilder& RecordingBuilder::Kind(int fileForm, int acquisitionMode, int timeFrequencyFlag) {
-  return FileForm(fileForm).AcquisitionMode(acquisitionMode).TimeFrequencyFlag(timeFrequencyFlag);
+  return FileForm(fileForm).AcquisitionMode(acquisitionMode).Set(timeFrequencyFlag_, timeFrequencyFlag);
 }
 
 RecordingBuilder& RecordingBuilder::Channels(int count) {
   labels_.clear();
   for (int channel = 1; channel <= count; ++channel) labels_.push_back(std::to_string(channel));
-  return *this;
-}
-
-RecordingBuilder& RecordingBuilder::Put(std::size_t at, Bytes bytes) {
-  patches_.push_back({std::nullopt, at, std::move(bytes)});
-  return *this;
-}
-
-RecordingBuilder& RecordingBuilder::PutChannelU8(int channel, std::size_t at, std::uint8_t value) {
-  return PutChannel(channel, at, ByteWriter().U8(value));
-}
-
-RecordingBuilder& RecordingBuilder::PutChannelU16(int channel, std::size_t at, std::uint16_t value) {
-  return PutChannel(channel, at, ByteWriter().U16(value));
-}
-
-RecordingBuilder& RecordingBuilder::PutChannelF32(int channel, std::size_t at, float value) {
-  return PutChannel(channel, at, ByteWriter().F32(value));
-}
-
-RecordingBuilder& RecordingBuilder::PutChannelText(int channel, std::size_t at, std::string_view text) {
-  return PutChannel(channel, at, ByteWriter().Text(text));
-}
-
-RecordingBuilder& RecordingBuilder::PutChannel(int channel, std::size_t at, Bytes bytes) {
-  patches_.push_back({channel, at, std::move(bytes)});
   return *this;
 }
 

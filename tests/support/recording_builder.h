@@ -1,7 +1,7 @@
 // Recordings for tests, of every generation of the format. A test says what a file holds, the builder works
 // out where each byte lies:
 //
-//   RecordingBuilder().Continuous().Channels(4).Rate(250).Samples(values).Build()
+//   RecordingBuilder().Channels(4).Rate(250).Samples(values).Build()
 //
 // It has offsets and a writer of its own and shares nothing with the library, whose reader it is there to
 // test.
@@ -18,13 +18,13 @@
 #include <functional>
 #include <map>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "tests/support/byte_writer.h"
+#include "tests/support/stored_container.h"
 
 namespace wavelock {
 
@@ -55,12 +55,7 @@ class RecordingBuilder {
         {};  // frequency domain: for each channel its real, then its imaginary values
   };
 
-  // A tagged record of the tail.
-  struct Section {
-    std::uint32_t tag = 0;
-    std::uint16_t version = 0;
-    Bytes payload = {};
-  };
+  using Section = StoredRecord;  // of the tail
 
   // ---- generation; revision 16 if nothing is said
 
@@ -76,7 +71,6 @@ class RecordingBuilder {
 
   // ---- kind; continuous if nothing is said
 
-  RecordingBuilder& Continuous() { return Kind(2, 3, 0); }
   RecordingBuilder& Epoched() { return Kind(1, 0, 0); }
   RecordingBuilder& Averaged() { return Kind(0, 1, 0); }
   RecordingBuilder& AveragedWithStatistics() { return Kind(0, 6, 0); }
@@ -85,7 +79,6 @@ class RecordingBuilder {
   // The bytes that make the kind. The first byte of the oldest layout overrules the file form.
   RecordingBuilder& FileForm(int form) { return Set(fileForm_, form); }
   RecordingBuilder& AcquisitionMode(int mode) { return Set(acquisitionMode_, mode); }
-  RecordingBuilder& TimeFrequencyFlag(int flag) { return Set(timeFrequencyFlag_, flag); }
   RecordingBuilder& FrequencyDomain(int domain = 1) { return Set(frequencyDomain_, domain); }
 
   // ---- what the header says
@@ -103,7 +96,6 @@ class RecordingBuilder {
   RecordingBuilder& Times(float start, float end) { return Set(times_, std::array{start, end}); }
 
   RecordingBuilder& Date(std::string_view date) { return Set(date_, date); }
-  RecordingBuilder& Time(std::string_view time) { return Set(time_, time); }
 
   // A stored integer is calibration x sensitivity / 204.8 microvolts; one microvolt if nothing is said.
   // Without a channel: of all that have no value of their own, and the header's default, which is what old
@@ -124,14 +116,20 @@ class RecordingBuilder {
   RecordingBuilder& PutText(std::size_t at, std::string_view text) {
     return Put(at, ByteWriter().Text(text));
   }
-  RecordingBuilder& Put(std::size_t at, Bytes bytes);
 
   // Any field of a channel's record, which has 26 bytes in the oldest layout and 75 in all others.
-  RecordingBuilder& PutChannelU8(int channel, std::size_t at, std::uint8_t value);
-  RecordingBuilder& PutChannelU16(int channel, std::size_t at, std::uint16_t value);
-  RecordingBuilder& PutChannelF32(int channel, std::size_t at, float value);
-  RecordingBuilder& PutChannelText(int channel, std::size_t at, std::string_view text);
-  RecordingBuilder& PutChannel(int channel, std::size_t at, Bytes bytes);
+  RecordingBuilder& PutChannelU8(int channel, std::size_t at, std::uint8_t value) {
+    return Put(at, ByteWriter().U8(value), channel);
+  }
+  RecordingBuilder& PutChannelU16(int channel, std::size_t at, std::uint16_t value) {
+    return Put(at, ByteWriter().U16(value), channel);
+  }
+  RecordingBuilder& PutChannelF32(int channel, std::size_t at, float value) {
+    return Put(at, ByteWriter().F32(value), channel);
+  }
+  RecordingBuilder& PutChannelText(int channel, std::size_t at, std::string_view text) {
+    return Put(at, ByteWriter().Text(text), channel);
+  }
 
   // ---- continuous samples
 
@@ -182,9 +180,8 @@ class RecordingBuilder {
 
   // ---- behind the data
 
-  // The tagged container. Its flags are 1 for 4-byte samples and else 0, if nothing is said.
+  // The tagged container. Its flags are 1 for 4-byte samples and else 0.
   RecordingBuilder& Tail(std::vector<Section> sections) { return Set(tail_, std::move(sections)); }
-  RecordingBuilder& TailFlags(std::uint16_t flags) { return Set(tailFlags_, flags); }
 
   // Leaves a hole before the tail.
   RecordingBuilder& TailAt(std::uint64_t position) { return Set(tailAt_, position); }
@@ -230,6 +227,10 @@ class RecordingBuilder {
     return *this;
   }
   RecordingBuilder& Kind(int fileForm, int acquisitionMode, int timeFrequencyFlag);
+  RecordingBuilder& Put(std::size_t at, Bytes bytes, std::optional<int> channel = std::nullopt) {
+    patches_.push_back({channel, at, std::move(bytes)});
+    return *this;
+  }
 
   int revision_ = 16;
   std::optional<int> oldestFirstByte_;
@@ -246,7 +247,6 @@ class RecordingBuilder {
   std::optional<int> points_;
   std::optional<std::array<float, 2>> times_;
   std::string date_;
-  std::string time_;
   float calibration_ = 204.8f;
   float sensitivity_ = 1;
   std::vector<Patch> patches_;
@@ -267,7 +267,6 @@ class RecordingBuilder {
   Bytes data_;
 
   std::optional<std::vector<Section>> tail_;
-  std::optional<std::uint16_t> tailFlags_;
   std::optional<std::uint64_t> tailAt_;
   Bytes appended_;
   std::optional<std::uint64_t> fileSize_;

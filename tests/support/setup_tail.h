@@ -7,9 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
-#include "tests/support/recording_builder.h"
 #include "tests/support/stored_container.h"
 #include "tests/support/test_host.h"
 #include "wavelock/setup/setup.h"
@@ -26,14 +24,6 @@ inline StoredContainer TailOf(const std::function<void(CSetup&)>& change, std::i
   setup->setupFileName = std::string("s");
   setup->SaveFile();
   return StoredContainer(*test.memory.Contents("s"));
-}
-
-// As the builder takes them.
-inline std::vector<RecordingBuilder::Section> SectionsOf(const StoredContainer& container) {
-  std::vector<RecordingBuilder::Section> sections;
-  for (const StoredRecord& record : container.records)
-    sections.push_back({record.tag, record.version, record.payload});
-  return sections;
 }
 
 }  // namespace wavelock

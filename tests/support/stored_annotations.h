@@ -1,5 +1,8 @@
-// Records of markers, labels and corrections as a container stores them, written without the library's help.
+// Records of markers, labels and corrections as a container stores them, written without the library's help,
+// and a container to keep them in.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -7,9 +10,26 @@
 #include <vector>
 
 #include "tests/support/byte_writer.h"
-#include "tests/support/recording_builder.h"
+#include "tests/support/stored_container.h"
+#include "tests/support/test_host.h"
+#include "wavelock/setup/tff_file.h"
 
 namespace wavelock {
+
+// A container of these records alone, with its position behind them.
+struct ContainerInMemory {
+  explicit ContainerInMemory(const std::vector<StoredRecord>& records = {}) {
+    EXPECT_EQ(tff.WriteHeader(), 64);
+    for (const StoredRecord& record : records) {
+      EXPECT_TRUE(tff.WriteSection(record.tag, static_cast<std::uint32_t>(record.payload.size()),
+                                   record.payload.data(), record.version));
+    }
+  }
+
+  TestHost test;
+  std::unique_ptr<File> file = test.memory.Open("/c", OpenMode::kCreate);
+  CTffFile tff{*file, 0};
+};
 
 inline std::vector<std::byte> Padded(ByteWriter writer, std::size_t size) {
   return writer.Zeros(size - writer.Written().size());
@@ -66,10 +86,10 @@ struct StoredSegment {
   std::vector<double> coefficients = {};
 };
 
-inline std::vector<RecordingBuilder::Section> SegmentSections(const std::vector<StoredSegment>& segments) {
+inline std::vector<StoredRecord> SegmentSections(const std::vector<StoredSegment>& segments) {
   constexpr std::uint32_t kSegment = 60002;
   constexpr std::uint32_t kCoefficient = 60003;
-  std::vector<RecordingBuilder::Section> sections;
+  std::vector<StoredRecord> sections;
   for (const StoredSegment& segment : segments) {
     sections.push_back({kSegment, 0, ByteWriter().U32(segment.first).U32(segment.end).U32(segment.id)});
     for (const double value : segment.coefficients)
