@@ -1,14 +1,11 @@
 // Recordings that are created: every byte of their data, and what the header says of them.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
-#include <optional>
+#include <algorithm>
+#include <cstring>
 
 #include "tests/support/byte_writer.h"
 #include "tests/support/created_recording.h"
-#include "tests/support/failing_files.h"
 #include "tests/support/stored_container.h"
 
 namespace wavelock {
@@ -95,7 +92,12 @@ TEST_P(CreatedBytes, EpochsWithTheirHeads) {
     data.U8(1).U16(0x0201).U16(7).F32(0.5F).U16(i).Zeros(2);
     for (const int count : {2, 2, 6, 4 + i}) data.Word(static_cast<std::uint64_t>(count), width);
   }
+  const std::vector<float> values = {1, 2, 3};
+  ASSERT_TRUE(created.recording.AppendEpochFloat(values.data(), BytesOfFloats(values)));
+  for (const int count : {2, 2, 6}) data.Word(static_cast<std::uint64_t>(count), width);
   ExpectDataAndTail(created.Saved(), data, GetParam());
+  EXPECT_FALSE(created.recording.AppendEpochHead(1, 1, 1, 1, 1));
+  EXPECT_FALSE(created.recording.AppendEpochFloat(values.data(), BytesOfFloats(values)));
 }
 
 TEST_P(CreatedBytes, SpectraAreRowsOfFloats) {
@@ -108,10 +110,16 @@ TEST_P(CreatedBytes, SpectraAreRowsOfFloats) {
   CTFDEpoch set(&setup, 0);
   std::copy_n(std::vector<float>{1, 2, 3, 4}.begin(), 4, set.mainBlock);
   std::copy_n(std::vector<float>{5, 6, 7, 8}.begin(), 4, set.imaginaryBlock);
-  ASSERT_TRUE(created.recording.AppendEpochHead(0, 0, 0, 0, 0));
-  ASSERT_TRUE(created.recording.WriteTimeFrequencyData(&set));
   ByteWriter data;
-  data.Zeros(13).F32(1).F32(2).F32(5).F32(6).F32(3).F32(4).F32(7).F32(8);
+  for (int i = 0; i < 2; ++i) {  // in whatever order the values lie in memory
+    ASSERT_TRUE(created.recording.AppendEpochHead(0, 0, 0, 0, 0));
+    ASSERT_TRUE(created.recording.WriteTimeFrequencyData(&set));
+    data.Zeros(13).F32(1).F32(2).F32(5).F32(6).F32(3).F32(4).F32(7).F32(8);
+    ASSERT_TRUE(set.Multiplex());
+  }
+  set.FreeImaginary();
+  EXPECT_FALSE(created.recording.WriteTimeFrequencyData(&set));
+  EXPECT_FALSE(created.recording.WriteTimeFrequencyData(nullptr));
   ExpectDataAndTail(created.Saved(), data, GetParam());
 }
 
@@ -157,6 +165,9 @@ TEST_P(CreatedBytes, PairsAndTheMatrixThatFindsThem) {
   ByteWriter data;
   data.U16(1).U16(0).U32(0).F32(1).F32(2).F32(3).F32(4);
   data.U32(0).U32(kDataStart).U32(kDataStart).U32(0);
+  pairs.pairIndex[1][0] = 2;
+  EXPECT_FALSE(created.recording.WritePairedData(&pairs)) << "there is no such channel";
+  EXPECT_FALSE(created.recording.WritePairedData(nullptr));
   ExpectDataAndTail(created.Saved(), data, GetParam());
 }
 
@@ -311,12 +322,18 @@ TEST(Creating, StampsBecomeDateAndTimeOfTheSubject) {
 TEST(Creating, ClosedRecordingsCannotBeSavedAndKeepTheirSetup) {
   CreatedRecording created(kContinuous, 2);
   EXPECT_FALSE(created.recording.SaveAndClose(0));
+  EXPECT_FALSE(created.recording.WriteEventTable());
   created.Create();
+  EXPECT_TRUE(created.recording.WriteEventTable());
+  EXPECT_EQ(created.test.memory.Contents(CreatedRecording::kPath)->size(), kDataStart + 9);
   created.Saved();
   EXPECT_EQ(created.recording.file, nullptr);
   EXPECT_EQ(created.recording.GetFileName(), "");
   EXPECT_EQ(created.Setup().channelCount, 2);
   EXPECT_FALSE(created.recording.SaveAndClose(0));
+  created.test.user.ExpectSavePath("own.ast");
+  EXPECT_TRUE(created.recording.SaveSetupAs());
+  EXPECT_TRUE(created.test.memory.Exists("own.ast"));
 }
 
 TEST(Creating, ImpossibleWidthsAndFullDisksLeaveNoFile) {
@@ -328,72 +345,42 @@ TEST(Creating, ImpossibleWidthsAndFullDisksLeaveNoFile) {
   EXPECT_EQ(created.recording.file, nullptr);
 }
 
-// The save gives the same result as ever, and the recording knows better.
-TEST(Creating, AFullDiskIsToldByTheRecordingAlone) {
-  for (const std::uint64_t room : {kDataStart + 2, kDataStart + 40, kDataStart + 5000}) {
+TEST(Creating, FilesAreReadOnlyWhenTheProfileWantsIt) {
+  for (const int wanted : {0, 1}) {
     CreatedRecording created(kContinuous, 2);
+    created.test.profile.SetInt(profile::kState, profile::kAutoReadOnly, wanted);
     created.Create();
-    created.test.memory.LimitSize(room);
-    const std::vector<float> values(20);
-    created.recording.AppendContinuousFloat(values.data(), BytesOfFloats(values));
-    EXPECT_TRUE(created.recording.SaveAndClose(0));
-    EXPECT_FALSE(created.recording.IsSavedWhole());
+    created.Saved();
+    EXPECT_EQ(created.test.memory.Status(CreatedRecording::kPath)->readOnly, wanted != 0);
+    ASSERT_TRUE(created.recording.OpenFile(CreatedRecording::kPath));
+    EXPECT_TRUE(created.test.user.messages.empty());
+    EXPECT_EQ(created.recording.IsFileWritable(), wanted == 0);
+    EXPECT_EQ(created.recording.SaveAndClose(0), wanted == 0);
   }
 }
 
-TEST(Creating, AutoReadOnlyProtectsWhatWasSaved) {
+TEST(Creating, ValuesThatWereLimitedAreToldOnce) {
   CreatedRecording created(kContinuous, 2);
-  created.test.profile.SetInt("State", "AutoReadOnly", 1);
-  created.Create();
-  created.Saved();
-  EXPECT_TRUE(created.test.memory.Status(CreatedRecording::kPath)->readOnly);
+  for (const float value : {40'000.0F, 4.0F}) {
+    const std::vector<float> values = {value, value};
+    created.Create();
+    ASSERT_TRUE(created.recording.AppendContinuousFloat(values.data(), BytesOfFloats(values)));
+    created.Saved();
+    EXPECT_EQ(created.test.user.messages.size(), 1u) << value;
+  }
 }
 
-// ---- recordings that are created
-
-// Makes and saves a recording with the fault. The number of calls that this made.
-struct Creation {
-  Creation(std::size_t call, FaultKind kind, bool forEver) {
-    FailingFiles failing(memory);
-    forEver ? failing.FailFrom(call, kind) : failing.FailAt(call, kind);
-    TestHost test(failing);
-    CRecordingFile recording(1, test.host);
-    recording.setup->channelCount = 2;
-    recording.GetEventTable().Append(EventRecord{});
-    const std::vector<float> values(40, 3.0F);
-    isCreated = recording.CreateFile(CreatedRecording::kPath, 2);
-    for (int i = 0; i < 3 && isCreated; ++i) {
-      recording.AppendContinuousFloat(values.data(),
-                                      static_cast<std::uint32_t>(values.size() * sizeof(float)));
-    }
-    isSaved = recording.SaveAndClose(0);
-    isWhole = recording.IsSavedWhole();
-    calls = failing.Calls().size();
-  }
-
-  MemoryFiles memory;
-  bool isCreated = false;
-  bool isSaved = false;
-  bool isWhole = false;
-  std::size_t calls = 0;
-};
-
-TEST(Creating, CreatedRecordingsKnowWhatDidNotArrive) {
-  const Creation good(1000000, FaultKind::kError, false);
-  ASSERT_TRUE(good.isWhole);
-  const Bytes whole = *good.memory.Contents(CreatedRecording::kPath);
-  for (std::size_t call = 0; call < good.calls; ++call) {
-    for (const FaultKind kind : {FaultKind::kError, FaultKind::kShort}) {
-      for (const bool forEver : {false, true}) {
-        SCOPED_TRACE(testing::Message() << "call " << call << ", for ever " << forEver);
-        const Creation creation(call, kind, forEver);
-        EXPECT_EQ(creation.isSaved, creation.isCreated);
-        if (creation.isWhole) {
-          EXPECT_TRUE(creation.memory.Contents(CreatedRecording::kPath) == whole);
-        }
-      }
-    }
-  }
+TEST(Creating, SamplesOfManyPiecesArriveInTheirOrder) {
+  CreatedRecording created(kContinuous, 2);
+  created.Create();
+  std::vector<float> values(200'000);
+  for (std::size_t i = 0; i < values.size(); ++i) values[i] = static_cast<float>(i % 1009);
+  ASSERT_TRUE(created.recording.AppendContinuousFloat(values.data(), BytesOfFloats(values)));
+  const Bytes file = created.Saved();
+  ByteWriter data;
+  for (std::size_t i = 0; i < values.size(); ++i)
+    data.U16(static_cast<std::uint16_t>(i % 2 == 0 ? 2 * (i % 1009) : i % 1009));
+  EXPECT_TRUE(Part(file, kDataStart, data.Written().size()) == data.Written());
 }
 
 TEST(Creating, RecordingsThatWereNeverSavedCannotBeOpened) {

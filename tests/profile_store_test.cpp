@@ -35,7 +35,7 @@ class ProfileFile : public testing::Test {
   FileProfileStore store_{files_, path_};
 };
 
-void ExpectAnyStringSurvives(ProfileStore& store) {
+TEST_F(ProfileFile, KeepsAnyString) {
   std::string everyByte;
   for (int byte = 0; byte < 256; ++byte) everyByte += static_cast<char>(byte);
   const std::string strings[] = {
@@ -43,16 +43,15 @@ void ExpectAnyStringSurvives(ProfileStore& store) {
       "\\\\x0", "  blanks ", "\r\n\t", "]",       "\xC3\xA9",     everyByte};
   for (const std::string& name : strings) {
     for (const std::string& value : strings) {
-      ASSERT_TRUE(store.SetString(name, name + "key", value));
-      EXPECT_EQ(store.GetString(name, name + "key", "none"), value);
+      ASSERT_TRUE(store_.SetString(name, name + "key", value));
+      EXPECT_EQ(store_.GetString(name, name + "key", "none"), value);
     }
   }
-  for (const std::string& name : strings) {
-    EXPECT_EQ(store.GetString(name, name + "key", "none"), everyByte);
-  }
+  for (const std::string& name : strings) EXPECT_EQ(store_.GetString(name, name + "key", "none"), everyByte);
 }
 
-void ExpectNumbersAreText(ProfileStore& store) {
+TEST(MemoryProfile, NumbersAreText) {
+  MemoryProfileStore store;
   EXPECT_EQ(store.GetInt("State", "AutoReadOnly", 7), 7);
   for (const int value : {0, 1, -1, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
     ASSERT_TRUE(store.SetInt("State", "AutoReadOnly", value));
@@ -63,17 +62,6 @@ void ExpectNumbersAreText(ProfileStore& store) {
     ASSERT_TRUE(store.SetString("State", "AutoReadOnly", text));
     EXPECT_EQ(store.GetInt("State", "AutoReadOnly", 7), 7) << text;
   }
-}
-
-TEST_F(ProfileFile, KeepsAnyStringAndNumber) {
-  ExpectAnyStringSurvives(store_);
-  ExpectNumbersAreText(store_);
-}
-
-TEST(MemoryProfile, KeepsAnyStringAndNumber) {
-  MemoryProfileStore store;
-  ExpectAnyStringSurvives(store);
-  ExpectNumbersAreText(store);
 }
 
 TEST_F(ProfileFile, ReadsAsAPersonWouldWriteIt) {
@@ -125,25 +113,16 @@ TEST_F(ProfileFile, WritersAtTheSameTimeLoseNothing) {
 }
 
 TEST_F(ProfileFile, FailuresOfTheDiskLeaveTheOldProfileOrTheWholeNewOne) {
-  ASSERT_TRUE(store_.SetString("State", "SetupFile", "old"));
-  const std::string before = Text();
-  FailingFiles counted(files_);
-  ASSERT_TRUE(FileProfileStore(counted, path_).SetString("State", "SetupFile", "old"));
-
-  const auto storeThroughFaults = [&](auto setFault) {
-    Put(before);
-    FailingFiles failing(files_);
-    setFault(failing);
-    const bool done = FileProfileStore(failing, path_).SetString("State", "SetupFile", "new");
-    EXPECT_EQ(store_.GetString("State", "SetupFile", "lost"), done ? "new" : "old");
+  const std::string path = folder_.Path("profile.ini");  // the lock beside it is a real one
+  const auto set = [&path](FileService& files, const char* value) {
+    return FileProfileStore(files, path).SetString("State", "SetupFile", value);
   };
-  for (const FaultKind kind : {FaultKind::kError, FaultKind::kShort}) {
-    for (std::size_t n = 0; n < counted.Calls().size(); ++n) {
-      SCOPED_TRACE(n);
-      storeThroughFaults([&](FailingFiles& files) { files.FailAt(n, kind); });
-      storeThroughFaults([&](FailingFiles& files) { files.FailFrom(n, kind); });
-    }
-  }
+  FailEveryCall([&](MemoryFiles& memory) { EXPECT_TRUE(set(memory, "old")); },
+                [&](Host& host, FaultKind) { return set(host.files, "new"); },
+                [&](MemoryFiles& memory, bool isDone) {
+                  FileProfileStore store(memory, path);
+                  EXPECT_EQ(store.GetString("State", "SetupFile", "lost"), isDone ? "new" : "old");
+                });
 }
 
 TEST_F(ProfileFile, WhatCannotBeReadOrWrittenIsLeftAlone) {
@@ -155,15 +134,6 @@ TEST_F(ProfileFile, WhatCannotBeReadOrWrittenIsLeftAlone) {
   Put("[State]\nAutoReadOnly = 1\n");
   ASSERT_TRUE(files_.SetStatus(path_, {.readOnly = true}));
   EXPECT_FALSE(store_.SetInt("State", "AutoReadOnly", 2));
-  EXPECT_EQ(store_.GetInt("State", "AutoReadOnly", 0), 1);
-}
-
-TEST_F(ProfileFile, LinksStayLinks) {
-  Put("");
-  const std::string link = folder_.Path("link.ini");
-  std::filesystem::create_symlink(path_, link);
-  ASSERT_TRUE(FileProfileStore(files_, link).SetInt("State", "AutoReadOnly", 1));
-  EXPECT_TRUE(std::filesystem::is_symlink(link));
   EXPECT_EQ(store_.GetInt("State", "AutoReadOnly", 0), 1);
 }
 

@@ -3,8 +3,6 @@
 
 #include <memory>
 
-#include "tests/support/failing_files.h"
-#include "tests/support/setup_values.h"
 #include "tests/support/test_host.h"
 #include "wavelock/prompts/messages.h"
 #include "wavelock/setup/setup.h"
@@ -39,25 +37,6 @@ TEST(SetupFiles, ASavedFileReplacesTheOldOneCompletely) {
   EXPECT_FALSE(test.memory.Exists("f.ast.0.new"));
   EXPECT_EQ(RateIn(test.host, "missing.ast"), 0);
   EXPECT_TRUE(test.user.messages.empty());
-}
-
-TEST(SetupFiles, ASaveThatFailsAnywhereLeavesTheOldFileOrTheNewOne) {
-  std::size_t calls = 0;
-  for (std::size_t n = 0; n == 0 || n < calls; ++n) {
-    for (const FaultKind kind : {FaultKind::kError, FaultKind::kShort}) {
-      SCOPED_TRACE(n);
-      TestHost test;
-      SaveWithRate(test.host, "f.ast", 111);
-      FailingFiles failing(test.memory);
-      TestHost failed(failing);
-      failing.FailAt(n, kind);
-      SaveWithRate(failed.host, "f.ast", 222);
-      calls = failing.Calls().size();
-      const bool isSaved = failed.user.messages.empty();
-      EXPECT_EQ(RateIn(test.host, "f.ast"), isSaved ? 222 : 111);
-    }
-  }
-  EXPECT_GT(calls, 100u);
 }
 
 TEST(SetupFiles, AFileThatCannotBeReplacedIsToldByName) {

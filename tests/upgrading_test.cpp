@@ -2,9 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <initializer_list>
 
-#include "tests/support/delivered.h"
+#include "tests/support/annotated_recordings.h"
+#include "tests/support/every_kind.h"
 #include "tests/support/opened_recording.h"
 
 namespace wavelock {
@@ -16,7 +17,7 @@ using Bytes = std::vector<std::byte>;
 std::int32_t Mixed(std::uint64_t sample, int channel) {
   const std::uint64_t bits =
       (sample * 131 + static_cast<std::uint64_t>(channel) * 17 + 7) * 0x9E3779B97F4A7C15;
-  return static_cast<std::int16_t>(bits >> 40);
+  return static_cast<std::int32_t>(bits >> 32);
 }
 
 RecordingBuilder Continuous() {
@@ -24,93 +25,29 @@ RecordingBuilder Continuous() {
       .Channels(3)
       .Rate(250)
       .Calibration(33.0f)
+      .BlockSamples(100)
       .Samples(500, Mixed)
       .Events({{.stimType = 1, .sample = 5}, {.stimType = 0, .keypad = 3, .sample = 100}});
 }
 
-struct Upgraded {
-  explicit Upgraded(const Bytes& bytes) : before(bytes) {
-    EXPECT_TRUE(before.isOpen);
-    delivered = EverythingIn(before.recording);
-    isSaved = before.recording.SaveAndClose(0);
-    after.emplace(before.test.memory.Contents("test.rec").value_or(Bytes()));
-  }
-
-  OpenedRecording before;
-  Delivered delivered;
-  bool isSaved = false;
-  std::optional<OpenedRecording> after;
-};
-
-void ExpectSame(Upgraded& upgraded) {
-  ASSERT_TRUE(upgraded.isSaved);
-  ASSERT_TRUE(upgraded.after->isOpen);
-  EXPECT_EQ(upgraded.after->Header().headerRevision, 16);
-  EXPECT_EQ(EverythingIn(upgraded.after->recording), upgraded.delivered);
-}
-
-TEST(Upgrading, ContinuousRecordingsOfEveryGenerationAndLayout) {
-  for (const int revision : {0, 2, 3, 4, 6, 7, 8, 9, 11, 13, 14, 16}) {
-    for (const int layout : {0, 1, 2, 3}) {
-      if ((revision < 7) != (layout == 0)) continue;  // trigger words are the old form
-      SCOPED_TRACE(testing::Message() << "revision " << revision << ", layout " << layout);
-      Upgraded upgraded(Continuous().Revision(revision).Layout(layout).BlockSamples(100).Build());
-      ExpectSame(upgraded);
-      EXPECT_EQ(upgraded.after->Header().sampleLayout, 1);
-      EXPECT_EQ(upgraded.after->Header().sampleCountField, 500u);
-    }
-  }
-}
-
-TEST(Upgrading, OldestLayouts) {
-  for (const int firstByte : {2, 3, 5}) {
-    SCOPED_TRACE(firstByte);
-    Upgraded upgraded(Continuous().OldestLayout(firstByte).AcquisitionMode(3).Build());
-    ExpectSame(upgraded);
-  }
-}
-
-TEST(Upgrading, EventsThatNoByteOffsetHoldsKeepTheirPoints) {
-  Upgraded upgraded(Continuous()
-                        .EventTableKind(3)
-                        .Events({{.stimType = 1, .sample = 0x7FFFFFFF}, {.stimType = 2, .sample = 3}})
-                        .Build());
-  ExpectSame(upgraded);
-}
-
-TEST(Upgrading, EpochsGetWholeHeads) {
+RecordingBuilder Epochs() {
   std::vector<RecordingBuilder::Epoch> epochs;
   for (std::uint16_t i = 0; i < 4; ++i) {
     epochs.push_back({.trialType = i, .correct = 7, .reactionTime = 0.25f, .response = 9});
     for (std::uint64_t p = 0; p < 20; ++p) epochs.back().samples.push_back(Mixed(p, i));
   }
-  for (const int revision : {0, 2, 3, 9, 16}) {
-    SCOPED_TRACE(revision);
-    Upgraded upgraded(
-        RecordingBuilder().Revision(revision).Epoched().Channels(2).Points(10).Epochs(epochs).Build());
-    ExpectSame(upgraded);
-    EXPECT_EQ(upgraded.after->recording.GetEpochCount(), 4u);
-  }
+  return RecordingBuilder().Epoched().Channels(2).Points(10).Epochs(epochs);
 }
 
-TEST(Upgrading, Spectra) {
+float Odd(int i) {
+  return 1.0f / static_cast<float>(3 + i) - 0.1f;
+}
+
+RecordingBuilder Spectra() {
   RecordingBuilder::Epoch epoch{.trialType = 5};
-  for (int i = 0; i < 2 * 2 * 8; ++i) epoch.spectrum.push_back(static_cast<float>(i) / 3.0f);
-  for (const int revision : {2, 7, 16}) {
-    SCOPED_TRACE(revision);
-    Upgraded upgraded(RecordingBuilder()
-                          .Revision(revision)
-                          .Epoched()
-                          .FrequencyDomain()
-                          .Channels(2)
-                          .Points(8)
-                          .Epochs({epoch, epoch})
-                          .Build());
-    ExpectSame(upgraded);
-  }
+  for (int i = 0; i < 2 * 2 * 8; ++i) epoch.spectrum.push_back(Odd(i));
+  return RecordingBuilder().Epoched().FrequencyDomain().Channels(2).Points(8).Epochs({epoch, epoch});
 }
-
-// ---- averages
 
 constexpr int kChannels = 3;
 constexpr int kPoints = 16;
@@ -119,10 +56,6 @@ constexpr std::size_t kSpectrumScale = 675;
 constexpr std::size_t kHasVariance = 375;
 constexpr std::size_t kAcceptedSweeps = 364;
 constexpr std::size_t kSummaryB = 255;
-
-float Odd(int i) {
-  return 1.0f / static_cast<float>(3 + i) - 0.1f;
-}
 
 RecordingBuilder Average(int revision) {
   ByteWriter data;
@@ -139,59 +72,85 @@ RecordingBuilder Average(int revision) {
   return builder;
 }
 
-TEST(Upgrading, AveragesWithTheRulesForOldFilesDoneOnceAndForAll) {
+RecordingBuilder Pairs(int revision) {
+  RecordingBuilder builder;
+  builder.Revision(revision).TimeFrequency().Channels(2).Points(4);
+  const auto entry = static_cast<std::uint32_t>(builder.DataStart());
+  ByteWriter data;
+  data.U16(0).U16(1).U32(0);
+  for (int i = 0; i < 8; ++i) data.F32(Odd(i));
+  return builder.Data(data.U32(0).U32(entry).U32(entry).U32(1));
+}
+
+std::vector<NamedRecording> EveryForm() {
+  std::vector<NamedRecording> forms;
+  const auto add = [&forms](const std::string& name, std::initializer_list<int> numbers,
+                            const RecordingBuilder& builder) {
+    forms.push_back({name, builder});
+    for (const int number : numbers) forms.back().name += " " + std::to_string(number);
+  };
+  for (const int revision : {0, 2, 3, 4, 6})
+    add("continuous", {revision}, Continuous().Revision(revision));  // trigger words are the old form
+  for (const int revision : {7, 8, 9, 11, 13, 14, 16}) {
+    for (const int layout : {1, 2, 3})
+      add("continuous", {revision, layout}, Continuous().Revision(revision).Layout(layout));
+  }
+  for (const int firstByte : {2, 3, 5})
+    add("oldest", {firstByte}, Continuous().OldestLayout(firstByte).AcquisitionMode(3));
+  const std::vector<RecordingBuilder::Event> far = {{.stimType = 1, .sample = 0x7FFFFFFF}};
+  add("events that no byte offset holds", {}, Continuous().EventTableKind(3).Events(far));
+  for (const int revision : {14, 16}) {
+    for (const int layout : {1, 2, 255}) {
+      add("wide", {revision, layout},
+          Continuous().Revision(revision).Width(4).Layout(layout).Tail(PlainSetupSections(3)));
+    }
+  }
+  for (const int revision : {0, 2, 3, 9, 16}) add("epochs", {revision}, Epochs().Revision(revision));
+  for (const int revision : {2, 7, 16}) add("spectra", {revision}, Spectra().Revision(revision));
   for (const int revision : {3, 9, 10, 11, 12, 13, 16}) {
-    for (std::uint8_t scale = 0; scale < 3; ++scale) {
+    for (const int scale : {0, 1, 2}) {
       for (const int domain : {0, 1}) {
-        SCOPED_TRACE(testing::Message() << revision << ", scale " << int{scale} << ", domain " << domain);
-        Upgraded upgraded(Average(revision).FrequencyDomain(domain).PutU8(kSpectrumScale, scale).Build());
-        ExpectSame(upgraded);
-        EXPECT_EQ(upgraded.after->recording.halveSpectrum, 0);
+        const auto scaleByte = static_cast<std::uint8_t>(scale);
+        add("average", {revision, scale, domain},
+            Average(revision).FrequencyDomain(domain).PutU8(kSpectrumScale, scaleByte));
       }
+    }
+  }
+  add("statistics", {}, Average(16).AveragedWithStatistics());
+  for (const int revision : {3, 9}) add("pairs", {revision}, Pairs(revision));
+  return forms;
+}
+
+TEST(Upgrading, EveryFormDeliversWhatItDeliveredBefore) {
+  for (const NamedRecording& form : EveryForm()) {
+    SCOPED_TRACE(form.name);
+    OpenedRecording old(form.builder);
+    ASSERT_TRUE(old.isOpen);
+    const Delivered delivered = EverythingIn(old.recording);
+    EXPECT_GT(delivered.size(), 1u);
+    const int kind = old.recording.GetFileClass(&old.recording.rawHeader);
+    const std::uint64_t samples = old.recording.GetContinuousSampleCount();
+    ASSERT_TRUE(old.recording.SaveAndClose(0));
+    Bytes file = *old.test.memory.Contents("test.rec");
+    for (int upgrade = 0; upgrade < 2; ++upgrade) {
+      OpenedRecording opened(file);
+      ASSERT_TRUE(opened.isOpen);
+      EXPECT_EQ(EverythingIn(opened.recording), delivered);
+      EXPECT_EQ(opened.Header().headerRevision, 16);
+      if (kind == kContinuous) {
+        EXPECT_EQ(opened.Header().sampleLayout, 1);
+        EXPECT_EQ(opened.Header().sampleCountField, samples);
+      }
+      EXPECT_EQ(opened.recording.GetFileClass(&opened.recording.rawHeader), kind);
+      EXPECT_EQ(opened.recording.sampleWidth, old.recording.sampleWidth);
+      EXPECT_EQ(opened.recording.halveSpectrum, 0);
+      ASSERT_TRUE(opened.recording.SaveAndClose(0));
+      file = *opened.test.memory.Contents("test.rec");
     }
   }
 }
 
-TEST(Upgrading, AveragesWithStatistics) {
-  Upgraded upgraded(Average(16).AveragedWithStatistics().Build());
-  ExpectSame(upgraded);
-  EXPECT_EQ(upgraded.after->Setup().dataKind, kAverageWithStatistics);
-}
-
-// ---- pairs
-
-TEST(Upgrading, PairsFindTheirNewPlaces) {
-  for (const int revision : {3, 9}) {
-    SCOPED_TRACE(revision);
-    RecordingBuilder builder;
-    builder.Revision(revision).TimeFrequency().Channels(2).Points(4);
-    const auto entry = static_cast<std::uint32_t>(builder.DataStart());
-    ByteWriter data;
-    data.U16(0).U16(1).U32(0);
-    for (int i = 0; i < 8; ++i) data.F32(Odd(i));
-    data.U32(0).U32(entry).U32(entry).U32(1);
-    builder.Data(data);
-    Upgraded upgraded(builder.Build());
-    ExpectSame(upgraded);
-    EXPECT_EQ(upgraded.delivered.count("pairs"), 1u);
-    Upgraded again(*upgraded.before.test.memory.Contents("test.rec"));
-    ExpectSame(again);
-  }
-}
-
-// ---- what is edited, and what is not saved
-
-TEST(Upgrading, EditsAreSaved) {
-  OpenedRecording opened(Continuous());
-  opened.Setup().channels[1].label.Assign("Cz");
-  opened.recording.GetEventTable().Elements()[0].stimType = 42;
-  ASSERT_TRUE(opened.recording.SaveAndClose(0));
-  EXPECT_EQ(opened.recording.file, nullptr);
-  EXPECT_TRUE(opened.recording.GetFileName().empty());
-  ASSERT_TRUE(opened.recording.OpenFile("test.rec"));
-  EXPECT_EQ(opened.Setup().channels[1].label, "Cz");
-  EXPECT_EQ(opened.recording.GetEventTable().Elements()[0].stimType, 42);
-}
+// ---- what is not saved, and what is not touched
 
 TEST(Upgrading, LostMarkersAreReported) {
   OpenedRecording opened(Continuous());
@@ -228,12 +187,6 @@ TEST(Upgrading, DataThatAreNotUnderstoodStay) {
     EXPECT_EQ(opened.test.memory.Contents("test.rec"), bytes);
     EXPECT_FALSE(opened.test.memory.Exists("test.rec.0.new"));
   }
-}
-
-TEST(Upgrading, ReadOnlyFilesStay) {
-  OpenedRecording opened(Continuous());
-  opened.test.memory.SetStatus("test.rec", {.readOnly = true});
-  EXPECT_FALSE(opened.recording.SaveAndClose(0));
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 // All that an open recording delivers, to compare one file with another bit by bit.
 #pragma once
 
-#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>

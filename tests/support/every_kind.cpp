@@ -1,6 +1,9 @@
 #include "tests/support/every_kind.h"
 
 #include <memory>
+#include <numeric>
+#include <random>
+#include <span>
 #include <utility>
 
 #include "tests/support/annotated_recordings.h"
@@ -13,110 +16,182 @@ using Bytes = std::vector<std::byte>;
 constexpr std::int32_t kChannels = 3;
 constexpr std::int32_t kPoints = 16;
 constexpr std::int32_t kSamples = 500;
-constexpr std::int32_t kSweeps = 4;
+constexpr std::int32_t kSweeps = 3;
 
-// Less than a page: tests of memory that fails count larger requests of the library alone.
-std::vector<float> Wave(std::int32_t count) {
+// Whole counts of every channel, in microvolts. Less than a page: tests of memory that fails count larger
+// requests of the library alone.
+std::vector<float> Wave(std::int32_t count, std::size_t seed) {
   std::vector<float> values(static_cast<std::size_t>(count * kChannels));
-  for (std::size_t i = 0; i < values.size(); ++i) values[i] = static_cast<float>(i % 97) - 48;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    values[i] = static_cast<float>((7 * i + 13 * seed) % 97) - 48;
+    if (i % kChannels == 0) values[i] /= 2;
+  }
   return values;
+}
+
+template <class Range>
+Bytes BytesIn(const Range& values) {
+  const auto bytes = std::as_bytes(std::span(values));
+  return {bytes.begin(), bytes.end()};
 }
 
 std::uint32_t SizeOf(const std::vector<float>& values) {
   return static_cast<std::uint32_t>(values.size() * sizeof(float));
 }
 
-bool Begin(CRecordingFile& recording, DataKind kind, const std::string& path, int width = 2) {
+bool Begin(CRecordingFile& recording, DataKind kind, const std::string& path, int width) {
   CSetup& setup = *recording.setup;
   setup.dataKind = kind;
+  setup.fromRecording = 1;
   setup.channelCount = kChannels;
-  setup.pointCount = kPoints;
-  setup.acceptedSweeps = kSweeps;
+  setup.sampleRate = 200;
+  setup.actualRate = 200;
+  setup.timeStart = 0;
+  setup.averagedSweeps = setup.acceptedSweeps = 1;
+  if (kind != kContinuous) {
+    setup.windowBEnd = 0;
+    setup.pointCount = kPoints;
+    setup.sweepCount = setup.averagedSweeps = setup.acceptedSweeps = kSweeps;
+    for (SetupChannel& channel : setup.Channels()) channel.sweeps = 1;
+  }
   for (SetupChannel& channel : setup.Channels()) channel.countScale = channel.channelScale = 1;
+  setup.channels[0].countScale = 0.25F;
+  setup.channels[0].channelScale = 2;
   return recording.CreateFile(path, width);
 }
 
 bool AddMarker(CRecordingFile& recording) {
   auto marker = std::make_unique<CMarker>();
   marker->channel = 1;
+  marker->sampleIndex = 3;
+  marker->epoch = 0;
   marker->SetName("peak");
   return recording.markerList.Add(std::move(marker));
 }
 
+// 2 below in the first channel, 1 above in the second and from sample 100 on 5.
 bool AddCorrections(CCorrectionOverlay& overlay) {
-  overlay.params.polyOrder = 1;
-  overlay.params.polyChannels = kChannels;
+  overlay.params.polyOrder = 0;
+  overlay.params.polyChannels = 2;
   OverlayRow row{};
   row.startSample = 100;
-  row.channelValue[1] = 10;
+  row.channelValue[1] = 4;
   auto segment = std::make_unique<OverlaySegment>();
   segment->endSample = kSamples;
-  bool isWhole = true;
-  for (int i = 0; i < 2 * kChannels; ++i) isWhole = segment->coefficients.Append(0.5 * i) && isWhole;
-  return overlay.AddRow(row) && overlay.AddSegment(std::move(segment)) && isWhole;
+  const bool isWhole = segment->coefficients.Append(2.0) && segment->coefficients.Append(-1.0);
+  return isWhole && overlay.AddRow(row) && overlay.AddSegment(std::move(segment));
 }
 
-template <int kWidth>
-bool MakeContinuous(CRecordingFile& recording, const std::string& path) {
-  if (!Begin(recording, kContinuous, path, kWidth)) return false;
-  const std::vector<float> wave = Wave(kSamples / 2);
-  for (int half = 0; half < 2; ++half) {
-    if (!recording.AppendContinuousFloat(wave.data(), SizeOf(wave))) return false;
+// A unit of a correction is a microvolt by the count's scale alone; the first channel's is doubled again.
+std::vector<float> Corrected(std::vector<float> values) {
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const bool hasRow = i / kChannels >= 100;
+    if (i % kChannels == 0) values[i] -= 4;
+    if (i % kChannels == 1) values[i] += hasRow ? 5.0F : 1.0F;
   }
-  EventRecord event{};
-  event.stimType = 5;
-  event.point = 70;
-  recording.eventGroup.Append(event);
+  return values;
+}
+
+bool AddEvents(CRecordingFile& recording) {
+  std::mt19937 random(2);
+  for (std::uint32_t i = 0; i < 10; ++i) {
+    EventRecord event;
+    for (std::byte& byte : std::as_writable_bytes(std::span(&event, 1)))
+      byte = static_cast<std::byte>(random());
+    event.point = 5 * i;
+    if (!recording.GetEventTable().Append(event)) return false;
+  }
+  return true;
+}
+
+bool MakeContinuous(CRecordingFile& recording, const std::string& path, int width, Delivered* expected) {
+  if (!Begin(recording, kContinuous, path, width)) return false;
+  std::vector<float> all;
+  for (std::size_t half = 0; half < 2; ++half) {
+    const std::vector<float> wave = Wave(kSamples / 2, half);
+    if (!recording.AppendContinuousFloat(wave.data(), SizeOf(wave))) return false;
+    if (expected != nullptr) all.insert(all.end(), wave.begin(), wave.end());
+  }
+  if (!AddEvents(recording)) return false;
+  if (expected != nullptr) {
+    (*expected)["microvolts"] = BytesIn(Corrected(all));
+    (*expected)["events"] = BytesIn(recording.GetEventTable().Elements());
+  }
   return recording.labelList.Add({"label", 9}) && AddCorrections(recording.overlay) &&
          recording.SaveAndClose(86400);
 }
 
-bool MakeEpochs(CRecordingFile& recording, const std::string& path) {
-  if (!Begin(recording, kEpochs, path)) return false;
-  const std::vector<float> wave = Wave(kPoints);
-  for (std::uint16_t i = 0; i < 3; ++i) {
+bool MakeEpochs(CRecordingFile& recording, const std::string& path, int width, Delivered* expected) {
+  if (!Begin(recording, kEpochs, path, width)) return false;
+  for (std::uint16_t i = 0; i < kSweeps; ++i) {
+    const std::vector<float> wave = Wave(kPoints, i);
     if (!recording.AppendEpochHead(i, 1, 0, 0.5f, 2) ||
         !recording.AppendEpochFloat(wave.data(), SizeOf(wave)))
       return false;
+    if (expected != nullptr) (*expected)["set " + std::to_string(i)] = BytesIn(wave);
   }
-  recording.setup->averagedSweeps = 3;
   return AddMarker(recording) && recording.SaveAndClose(0);
 }
 
-bool MakeSpectra(CRecordingFile& recording, const std::string& path) {
-  recording.setup->frequencyDomain = 1;
-  recording.setup->hasImaginary = 1;
-  if (!Begin(recording, kEpochs, path)) return false;
-  CTFDEpoch data(recording.GetSetup(), 0);
-  if (data.valid == 0 || (!data.imaginary && !data.AllocImaginary())) return false;
-  recording.setup->averagedSweeps = 1;
-  return recording.AppendEpochHead(1, 1, 0, 0, 0) && recording.WriteTimeFrequencyData(&data) &&
-         recording.SaveAndClose(0);
+void UseSpectra(CSetup& setup) {
+  setup.frequencyDomain = setup.hasImaginary = 1;
+  setup.spectrumPoints = 2 * kPoints;
+}
+
+bool MakeSpectra(CRecordingFile& recording, const std::string& path, int width, Delivered* expected) {
+  UseSpectra(*recording.setup);
+  if (!Begin(recording, kEpochs, path, width)) return false;
+  for (std::uint16_t i = 0; i < kSweeps; ++i) {
+    CTFDEpoch set(recording.GetSetup(), 0);
+    if (set.valid == 0) return false;
+    std::iota(set.main.All().begin(), set.main.All().end(), 0.1F);
+    std::iota(set.imaginary.All().begin(), set.imaginary.All().end(), -30.3F);
+    if (!recording.AppendEpochHead(i, 1, 0, 0, 0) || !recording.WriteTimeFrequencyData(&set)) return false;
+    if (expected == nullptr) continue;
+    (*expected)["set " + std::to_string(i)] = BytesIn(set.main.All());
+    (*expected)["imaginary " + std::to_string(i)] = BytesIn(set.imaginary.All());
+  }
+  return recording.SaveAndClose(0);
 }
 
 template <bool kWithStatistics>
-bool MakeAverage(CRecordingFile& recording, const std::string& path) {
-  if (!Begin(recording, kAverage, path)) return false;
-  const std::vector<float> wave = Wave(kPoints);
-  const std::uint32_t sweepBytes = kSweeps * kChannels * sizeof(float);
-  if (recording.WriteAverageSection(wave.data(), 0, 1) <= 0 ||
-      recording.WriteVarianceSection(wave.data(), 0) <= 0) {
+bool MakeAverage(CRecordingFile& recording, const std::string& path, int width, Delivered* expected) {
+  if (!Begin(recording, kAverage, path, width)) return false;
+  const std::vector<float> mean = Wave(kPoints, 1);
+  const std::vector<float> variance = Wave(kPoints, 2);
+  const std::vector<float> first = Wave(kSweeps, 3);
+  const std::vector<float> second = Wave(kSweeps, 4);
+  if (recording.WriteAverageSection(mean.data(), SizeOf(mean), 1) <= 0 ||
+      recording.WriteVarianceSection(variance.data(), SizeOf(variance)) <= 0) {
     return false;
   }
-  if (kWithStatistics && (recording.WriteAverageSection(wave.data(), sweepBytes, 3) <= 0 ||
-                          recording.WriteAverageSection(wave.data(), sweepBytes, 4) <= 0)) {
+  if (kWithStatistics && (recording.WriteAverageSection(first.data(), SizeOf(first), 3) <= 0 ||
+                          recording.WriteAverageSection(second.data(), SizeOf(second), 4) <= 0)) {
     return false;
+  }
+  if (expected != nullptr) {
+    *expected = {{"set 0", BytesIn(mean)}, {"variance 0", BytesIn(variance)}};
+    if (kWithStatistics) (*expected)["first values 0"] = BytesIn(first);
+    if (kWithStatistics) (*expected)["second values 0"] = BytesIn(second);
   }
   return AddMarker(recording) && recording.SaveAndClose(0);
 }
 
-bool MakePairs(CRecordingFile& recording, const std::string& path) {
-  if (!Begin(recording, kTimeFrequency, path)) return false;
+bool MakePairs(CRecordingFile& recording, const std::string& path, int width, Delivered* expected) {
+  UseSpectra(*recording.setup);
+  if (!Begin(recording, kTimeFrequency, path, width)) return false;
   CTFDPaired pairs(recording.GetSetup(), 2);
   if (pairs.valid == 0) return false;
   for (int i = 0; i < 2; ++i) {
     pairs.pairIndex[0][i] = i;
     pairs.pairIndex[1][i] = i + 1;
+  }
+  std::iota(pairs.real.All().begin(), pairs.real.All().end(), 0.1F);
+  std::iota(pairs.imaginary.All().begin(), pairs.imaginary.All().end(), -30.3F);
+  if (expected != nullptr) {
+    *expected = {{"pairs", BytesIn(pairs.pairIndex.All())},
+                 {"real", BytesIn(pairs.real.All())},
+                 {"imaginary", BytesIn(pairs.imaginary.All())}};
   }
   return recording.WritePairedData(&pairs) && recording.SaveAndClose(0);
 }
@@ -137,7 +212,7 @@ std::vector<NamedRecording> RecordingsOfEveryKind() {
       {"blocks", RecordingBuilder().Layout(3).BlockSamples(32).Channels(5).Samples(300, ramp)},
       {"leading word", RecordingBuilder().Revision(3).Layout(2).Channels(2).Samples({1, 2, 3, 4})},
       {"oldest", RecordingBuilder().OldestLayout(5).AcquisitionMode(3).Channels(2).Samples({1, 2, 3, 4})},
-      {"epochs", RecordingBuilder().Epoched().Channels(2).Points(8).Epochs({{.samples = {1, 2}}})},
+      {"epochs", RecordingBuilder().Epoched().Channels(2).Points(2).Epochs({{.samples = {1, 2, 3, 4}}})},
       {"old epochs", RecordingBuilder().Revision(2).Epoched().Channels(1).Points(4).Epochs(
                          {{.samples = {1, 2, 3, 4}}, {.trialType = 2, .samples = {5, 6, 7, 8}}})},
       {"spectra",
@@ -166,13 +241,17 @@ std::vector<NamedRecording> RecordingsOfEveryKind() {
 }
 
 std::vector<NamedMaker> MakersOfEveryKind() {
-  return {{"continuous", MakeContinuous<2>},
-          {"wide", MakeContinuous<4>},
-          {"epochs", MakeEpochs},
-          {"spectra", MakeSpectra},
-          {"average", MakeAverage<false>},
-          {"statistics", MakeAverage<true>},
-          {"pairs", MakePairs}};
+  std::vector<NamedMaker> makers;
+  for (const int width : {2, 4}) {
+    const std::string prefix = width == 4 ? "wide " : "";
+    makers.push_back({prefix + "continuous", kContinuous, width, MakeContinuous});
+    makers.push_back({prefix + "epochs", kEpochs, width, MakeEpochs});
+    makers.push_back({prefix + "spectra", kEpochs, width, MakeSpectra});
+    makers.push_back({prefix + "average", kAverage, width, MakeAverage<false>});
+    makers.push_back({prefix + "statistics", kAverageWithStatistics, width, MakeAverage<true>});
+    makers.push_back({prefix + "pairs", kTimeFrequency, width, MakePairs});
+  }
+  return makers;
 }
 
 }  // namespace wavelock

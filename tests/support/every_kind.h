@@ -1,10 +1,10 @@
 // A small recording of every kind, generation and layout, and a way to make one of every kind.
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <vector>
 
+#include "tests/support/delivered.h"
 #include "tests/support/recording_builder.h"
 #include "wavelock/recording/recording_file.h"
 
@@ -18,15 +18,21 @@ struct NamedRecording {
 // Those with something beside their samples are called "marked" and "corrected".
 std::vector<NamedRecording> RecordingsOfEveryKind();
 
-// Creates a recording at `path` and saves it. False as soon as a call fails.
-using Maker = bool (*)(CRecordingFile& recording, const std::string& path);
-
+// Creates a recording of one kind and saves it.
 struct NamedMaker {
   std::string name;
-  Maker make;
+  DataKind kind = kContinuous;  // as it is saved
+  int width = 2;
+  bool (*make)(CRecordingFile& recording, const std::string& path, int width, Delivered* expected) = nullptr;
+
+  // False as soon as a call fails. What the recording is to deliver goes into `expected`, if there is one.
+  bool Make(CRecordingFile& recording, const std::string& path, Delivered* expected = nullptr) const {
+    return make(recording, path, width, expected);
+  }
 };
 
-// Of every kind that can be created; continuous ones carry events, labels and corrections, others markers.
+// Of every kind that can be created, in both widths, with three channels of which the first has a scale of
+// its own; continuous ones carry events, labels and corrections, epochs and averages a marker.
 std::vector<NamedMaker> MakersOfEveryKind();
 
 }  // namespace wavelock

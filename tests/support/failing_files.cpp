@@ -1,7 +1,12 @@
 #include "tests/support/failing_files.h"
 
+#include <gtest/gtest.h>
+
+#include <optional>
 #include <system_error>
 #include <utility>
+
+#include "tests/support/test_host.h"
 
 namespace wavelock {
 namespace {
@@ -93,6 +98,45 @@ void FailingFiles::SetFaults(std::size_t first, std::size_t last, FaultKind kind
   firstFault_ = first;
   lastFault_ = last;
   kind_ = kind;
+}
+
+void FailEveryCall(const std::function<void(MemoryFiles&)>& prepare,
+                   const std::function<bool(Host&, FaultKind)>& operation,
+                   const std::function<void(MemoryFiles&, bool isDone)>& check) {
+  struct Fault {
+    std::size_t call;
+    FaultKind kind;
+    bool isLasting;
+  };
+  struct Run {
+    std::size_t calls;
+    bool isDone;
+  };
+  const auto run = [&](const std::optional<Fault>& fault) {
+    MemoryFiles memory;
+    prepare(memory);
+    FailingFiles failing(memory);
+    if (fault && fault->isLasting) failing.FailFrom(fault->call, fault->kind);
+    if (fault && !fault->isLasting) failing.FailAt(fault->call, fault->kind);
+    TestHost test(failing);
+    const bool isDone = operation(test.host, fault ? fault->kind : FaultKind::kError);
+    check(memory, isDone);
+    return Run{failing.Calls().size(), isDone};
+  };
+  const Run whole = run(std::nullopt);
+  EXPECT_TRUE(whole.isDone);
+  bool showed = false;
+  for (std::size_t call = 0; call < whole.calls; ++call) {
+    for (const Fault& fault : {Fault{call, FaultKind::kError, false}, Fault{call, FaultKind::kError, true},
+                               Fault{call, FaultKind::kShort, false}}) {
+      SCOPED_TRACE(testing::Message() << "call " << call << " of " << whole.calls << ", lasting "
+                                      << fault.isLasting << ", kind " << static_cast<int>(fault.kind));
+      const bool isDone = run(fault).isDone;
+      showed = showed || (fault.isLasting && !isDone);
+      if (testing::Test::HasFailure()) return;
+    }
+  }
+  EXPECT_TRUE(showed);
 }
 
 }  // namespace wavelock

@@ -1,17 +1,13 @@
 // Another file service whose nth call goes wrong, to walk through everything that a disk can do to an
-// operation:
-//
-//   for (std::size_t n = 0; n < callsOfAGoodRun; ++n) {
-//     FailingFiles files(real);
-//     files.FailAt(n, FaultKind::kError);
-//     ...
-//   }
+// operation.
 #pragma once
 
+#include <functional>
 #include <limits>
 #include <vector>
 
-#include "wavelock/platform/file_service.h"
+#include "tests/support/memory_files.h"
+#include "wavelock/platform/host.h"
 
 namespace wavelock {
 
@@ -73,5 +69,12 @@ class FailingFiles : public FileService {
   std::size_t lastFault_ = 0;
   FaultKind kind_ = FaultKind::kError;
 };
+
+// Runs `operation`, which tells whether all was done, first without a fault and then with each of its calls
+// to the disk failing in turn, once or from then on. Hands what the disk then holds to `check`, with what the
+// operation gave. `prepare` fills the disk for every run. A disk that fails for good must show at least once.
+void FailEveryCall(const std::function<void(MemoryFiles&)>& prepare,
+                   const std::function<bool(Host&, FaultKind)>& operation,
+                   const std::function<void(MemoryFiles&, bool isDone)>& check);
 
 }  // namespace wavelock

@@ -9,4 +9,7 @@ namespace wavelock {
 // count that came from the file, and every buffer is exactly as large as the call is told.
 void ReadEverything(CRecordingFile& recording);
 
+// The same without what is given as a string: all memory that it takes is taken by the recording.
+void ReadIntoOwnBuffers(CRecordingFile& recording);
+
 }  // namespace wavelock
