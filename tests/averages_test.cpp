@@ -7,9 +7,7 @@
 namespace wavelock {
 namespace {
 
-using ::testing::Each;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 // Offsets in the header and in a channel's record.
 constexpr std::size_t kAveragedSweeps = 362;
@@ -32,27 +30,25 @@ RecordingBuilder OldSpectrum(int revision, std::uint8_t scale) {
 }
 
 // What the open kept; empty when there is nothing.
-std::vector<float> Main(OpenedRecording& opened) {
+std::vector<float> Values(OpenedRecording& opened, FloatMatrix CTFDEpoch::*matrix = &CTFDEpoch::main) {
   const CTFDEpoch* const data = opened.recording.LoadDataObject(0);
   if (data == nullptr) return {};
-  return {data->main.All().begin(), data->main.All().end()};
+  return {(data->*matrix).All().begin(), (data->*matrix).All().end()};
 }
 
 std::vector<float> Variance(OpenedRecording& opened) {
-  const CTFDEpoch* const data = opened.recording.LoadDataObject(0);
-  if (data == nullptr) return {};
-  return {data->variance.All().begin(), data->variance.All().end()};
+  return Values(opened, &CTFDEpoch::variance);
 }
 
 TEST(Averages, OpenKeepsThemScaledAndClosesTheFile) {
   OpenedRecording opened(Average().PutChannelU16(0, kSweeps, 4).Sensitivity(1, 0.5f));
   ASSERT_TRUE(opened.isOpen);
   EXPECT_EQ(opened.recording.file, nullptr);
-  EXPECT_THAT(Main(opened), ElementsAre(2.5f, -1.5f, 5.0f, 2.5f)) << "points x channels";
+  EXPECT_THAT(Values(opened), ElementsAre(2.5f, -1.5f, 5.0f, 2.5f)) << "points x channels";
   EXPECT_THAT(Variance(opened), ElementsAre(1, 3, 2, 4)) << "unscaled";
   EXPECT_EQ(opened.Setup().channels[1].sweeps, 1) << "no sweeps count as one";
   EXPECT_FALSE(opened.recording.CloseFile());
-  EXPECT_FALSE(Main(opened).empty());
+  EXPECT_FALSE(Values(opened).empty());
   opened.test.memory.Put("c.rec", RecordingBuilder().Samples({1, 2}).Build());
   ASSERT_TRUE(opened.recording.OpenFile("c.rec"));
   EXPECT_EQ(opened.recording.LoadDataObject(0), nullptr) << "the next file has none";
@@ -79,88 +75,56 @@ TEST(Averages, OnlySectionsThatExistAreRead) {
 
 TEST(Averages, SpectraBeforeRevision11AreBroughtToAmplitudes) {
   OpenedRecording rootMeanSquare(OldSpectrum(10, 1));
-  EXPECT_THAT(Main(rootMeanSquare),
+  EXPECT_THAT(Values(rootMeanSquare),
               ElementsAre(10 * 1.41421354f, -3 * 1.41421354f, 20 * 1.41421354f, 5 * 1.41421354f));
   EXPECT_THAT(Variance(rootMeanSquare), ElementsAre(2, 6, 4, 8));
   OpenedRecording halves(OldSpectrum(10, 2));
-  EXPECT_THAT(Main(halves), ElementsAre(20, -6, 40, 10));
+  EXPECT_THAT(Values(halves), ElementsAre(20, -6, 40, 10));
   EXPECT_THAT(Variance(halves), ElementsAre(4, 12, 8, 16));
   for (const RecordingBuilder& current : {OldSpectrum(11, 1), OldSpectrum(10, 1).PutU8(kSpectrumSource, 1),
                                           OldSpectrum(10, 1).FrequencyDomain(0)}) {
     OpenedRecording opened(current);
-    EXPECT_THAT(Main(opened), ElementsAre(10, -3, 20, 5));
+    EXPECT_THAT(Values(opened), ElementsAre(10, -3, 20, 5));
   }
 }
 
 TEST(Averages, PowersBeforeRevision13TakeTheSensitivityTwiceMore) {
   OpenedRecording opened(OldSpectrum(12, 2).PutU16(kAveragedSweeps, 2).Sensitivity(1, 3.0f));
-  EXPECT_THAT(Main(opened), ElementsAre(10, -3 * 9 * 3, 20, 5 * 9 * 3));
+  EXPECT_THAT(Values(opened), ElementsAre(10, -3 * 9 * 3, 20, 5 * 9 * 3));
   EXPECT_THAT(Variance(opened), ElementsAre(1, 3, 2, 4)) << "the rule is used up by the average";
   EXPECT_EQ(opened.Channel(1).sensitivity, 1.0f);
   EXPECT_EQ(opened.Setup().channels[1].channelScale, 3.0f);
   OpenedRecording fewAverages(OldSpectrum(12, 2).PutU16(kAveragedSweeps, 1).Sensitivity(1, 3.0f));
-  EXPECT_THAT(Main(fewAverages), ElementsAre(10, -9, 20, 15));
+  EXPECT_THAT(Values(fewAverages), ElementsAre(10, -9, 20, 15));
 }
 
 TEST(Averages, SpectrumWithoutScaleIsHalvedAndTold) {
   OpenedRecording opened(OldSpectrum(16, 0));
-  EXPECT_THAT(Main(opened), ElementsAre(5, -1.5f, 10, 2.5f));
+  EXPECT_THAT(Values(opened), ElementsAre(5, -1.5f, 10, 2.5f));
   EXPECT_THAT(Variance(opened), ElementsAre(1, 3, 2, 4));
   EXPECT_THAT(NumbersOf(opened.test.user.messages), ElementsAre(1763));
   EXPECT_EQ(opened.recording.halveSpectrum, 1);
 }
 
-// A recording without a file to read, for which sections are written to memory.
-struct Writing {
-  Writing() : recording(0, test.host) {
-    CSetup& setup = *recording.setup;
-    setup.dataKind = kAverageWithStatistics;
-    setup.channelCount = 3;
-    setup.pointCount = 21;
-    setup.acceptedSweeps = 2;
-    for (std::size_t c = 0; c < 3; ++c) {
-      setup.channels[c].sweeps = static_cast<std::int32_t>(c + 1);
-      setup.channels[c].channelScale = 0.5f;
-    }
-    isCreated = recording.CreateFile("a.rec", 2);
-  }
-
+TEST(Averages, OfStatisticsAsManyBytesAreWrittenAsAreAskedForAndThereAre) {
   TestHost test;
-  CRecordingFile recording;
-  bool isCreated = false;
-};
-
-TEST(Averages, WrittenSectionsReadBack) {
-  Writing writing;
-  ASSERT_TRUE(writing.isCreated);
-  CRecordingFile& recording = writing.recording;
-  std::vector<float> values(3 * 21);
-  for (std::size_t i = 0; i < values.size(); ++i) values[i] = static_cast<float>(i) * 0.25f;
-  EXPECT_EQ(recording.WriteAverageSection(values.data(), 0, 1), 3 * (5 + 21 * 4));
-  EXPECT_EQ(recording.WriteVarianceSection(values.data(), 0), 3 * 21 * 4);
-  EXPECT_EQ(recording.WriteAverageSection(values.data(), 24, 3), 24);
-  EXPECT_EQ(recording.wroteStatistics, 0);
-  EXPECT_EQ(recording.WriteAverageSection(values.data() + 6, 1000, 4), 24) << "no more than there is";
-  EXPECT_EQ(recording.WriteAverageSection(values.data(), 24, 2), 0);
-  EXPECT_EQ(recording.wroteStatistics + recording.wroteVariance, 2);
-  ASSERT_TRUE(recording.SaveAndClose(0));
-
-  ASSERT_TRUE(recording.OpenFile("a.rec"));
-  const CTFDEpoch& data = *recording.LoadDataObject(0);
-  EXPECT_THAT(data.main.All(), ::testing::ElementsAreArray(values));
-  EXPECT_THAT(data.variance.All(), ::testing::ElementsAreArray(values));
-  EXPECT_THAT(data.fspFirst.All(), ::testing::ElementsAreArray(std::span(values).first(6)));
-  EXPECT_THAT(data.fspSecond.All(), ::testing::ElementsAreArray(std::span(values).subspan(6, 6)));
-}
-
-TEST(Averages, OfStatisticsAsManyBytesAreWrittenAsAreAskedFor) {
-  Writing writing;
+  CRecordingFile recording(0, test.host);
+  recording.setup->dataKind = kAverageWithStatistics;
+  recording.setup->channelCount = 3;
+  recording.setup->pointCount = 21;
+  recording.setup->acceptedSweeps = 2;
+  ASSERT_TRUE(recording.CreateFile("a.rec", 2));
   const std::vector<float> values(3 * 21, 1);
-  const auto before = writing.test.memory.Contents("/a.rec")->size();
-  EXPECT_EQ(writing.recording.WriteAverageSection(values.data(), 7, 3), 24);
-  EXPECT_EQ(writing.test.memory.Contents("/a.rec")->size(), before + 7);
-  writing.test.memory.LimitSize(before + 8);
-  EXPECT_EQ(writing.recording.WriteVarianceSection(values.data(), 0), 3 * 21 * 4) << "also when it fails";
+  const auto size = [&test] { return test.memory.Contents("a.rec")->size(); };
+  const auto before = size();
+  EXPECT_EQ(recording.WriteAverageSection(values.data(), 7, 3), 24);
+  EXPECT_EQ(size(), before + 7);
+  EXPECT_EQ(recording.wroteStatistics, 0);
+  EXPECT_EQ(recording.WriteAverageSection(values.data(), 1000, 4), 24) << "no more than there is";
+  EXPECT_EQ(size(), before + 7 + 24);
+  test.memory.LimitSize(before + 32);
+  EXPECT_EQ(recording.WriteVarianceSection(values.data(), 0), 3 * 21 * 4) << "also when it fails";
+  EXPECT_EQ(recording.wroteStatistics + recording.wroteVariance, 2);
 }
 
 }  // namespace

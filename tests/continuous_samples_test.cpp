@@ -1,8 +1,9 @@
-// Samples come out sample-major and exact from every layout, width and range, and nothing comes out of a
-// wrong request.
+// Samples come out sample-major and exact from every layout, width and range, nothing comes out of a wrong
+// request, and microvolts become the counts that two divisions give.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <random>
 #include <tuple>
@@ -104,20 +105,6 @@ TEST(ContinuousSamples, WrongRequestsFail) {
   EXPECT_FALSE(OpenedRecording(RecordingBuilder().Epoched().Points(4)).Raw<std::int16_t>(0, 1).size());
 }
 
-TEST(ContinuousSamples, DamagedBlockSizesNeverRead) {
-  for (const std::uint32_t blockBytes : {0u, 1u, 3u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
-    OpenedRecording recording(RecordingBuilder()
-                                  .Layout(3)
-                                  .BlockSamples(2)
-                                  .Channels(2)
-                                  .Samples({1, 2, 3, 4, 5, 6, 7, 8})
-                                  .PutU32(894, blockBytes));
-    ASSERT_TRUE(recording.isOpen);
-    const std::uint64_t count = recording.recording.GetContinuousSampleCount();
-    if (count > 0 && count < 100) recording.Raw<std::int16_t>(0, count);
-  }
-}
-
 TEST(ContinuousSamples, ATableThatClaimsToLieBeforeTheSamplesGivesNoSamples) {
   OpenedRecording recording(RecordingBuilder().Channels(2).Samples({1, 2, 3, 4}).PutU32(886, 0));
   EXPECT_GT(recording.recording.GetContinuousSampleCount(), std::uint64_t{1} << 60);
@@ -144,31 +131,84 @@ TEST(SampleConversion, FactorsAreRoundedBeforeTheyAreApplied) {
   RawToFloat32(wide, out, 2, setup);
   EXPECT_THAT(out, ElementsAre(static_cast<float>(2147483647.0 * factor), 16777216.0f,
                                static_cast<float>(-3.0 * factor), 7.0f));
-  const CSetup copy(setup);
-  setup.channels[0].countScale = 5;
-  RawToFloat16(narrow, out, 1, copy);
-  EXPECT_EQ(out[0], static_cast<float>(32767.0 * factor));
 }
 
-TEST(SampleConversion, WritingRoundsHalvesAwayFromZeroAndLimits) {
-  TestHost test;
-  CRecordingFile recording(0, test.host);
-  recording.setup->channelCount = 1;
-  recording.setup->channels[0].countScale = 1;
-  const float fine[] = {100.4f, 100.5f, -100.5f, -0.4f, 32767.4f, -32767.0f};
-  std::int16_t raw[6];
-  recording.FloatToRaw16(raw, fine, 6, *recording.setup);
-  EXPECT_THAT(raw, ElementsAre(100, 101, -101, 0, 32767, -32767));
-  EXPECT_EQ(recording.pendingConversionNotice, 0);
-  const float beyond[] = {40000, -40000, std::numeric_limits<float>::infinity(),
-                          std::numeric_limits<float>::quiet_NaN()};
-  recording.FloatToRaw16(raw, beyond, 4, *recording.setup);
-  EXPECT_THAT(std::vector(raw, raw + 4), ElementsAre(32767, -32767, 32767, 0));
-  EXPECT_EQ(recording.pendingConversionNotice, 1);
-  std::int32_t wide[2];
-  const float large[] = {3.0e9f, -3.0e9f};
-  recording.FloatToRaw32(wide, large, 2, *recording.setup);
-  EXPECT_THAT(wide, ElementsAre(2147483647, -2147483647));
+constexpr std::int32_t kChannels = 7;
+
+// False for a value that was limited.
+bool CountOf(float value, const SetupChannel& channel, double limit, double& count) {
+  const double divided = static_cast<double>(value) / channel.countScale / channel.channelScale;
+  if (std::isnan(divided)) {
+    count = 0;
+    return false;
+  }
+  const double rounded = std::trunc(divided < 0 ? divided - 0.5 : divided + 0.5);
+  count = std::max(-limit, std::min(limit, rounded));
+  return count == rounded;
+}
+
+void ScaleChannels(CSetup& setup, std::mt19937& random) {
+  constexpr float kScales[] = {0.1678467f, 1.0f, 0.1f, 3.0f, 1e-3f, 0.0f, -0.25f};
+  setup.channelCount = kChannels;
+  for (SetupChannel& channel : setup.Channels()) {
+    channel.countScale = kScales[random() % std::size(kScales)];
+    channel.channelScale = random() % 2 == 0 ? 1.0f : kScales[random() % 4];
+  }
+}
+
+// Around the borders between counts, at the ends of the range, and anywhere.
+float AnyValue(const SetupChannel& channel, double limit, std::mt19937& random) {
+  const double unit = static_cast<double>(channel.countScale) * channel.channelScale;
+  const auto near = static_cast<double>(static_cast<std::int16_t>(random()));
+  switch (random() % 8) {
+    case 0:
+      return std::numeric_limits<float>::quiet_NaN();
+    case 1:
+      return std::numeric_limits<float>::infinity();
+    case 2:
+      return static_cast<float>((limit + near / 32768.0) * unit);
+    case 3:
+      return static_cast<float>(near);
+    default:
+      return static_cast<float>((near + 0.5) * unit);
+  }
+}
+
+template <class Raw, class Convert>
+void ExpectTwoDivisions(Convert convert) {
+  constexpr std::uint32_t kSamples = 90;
+  constexpr double kLimit = std::numeric_limits<Raw>::max();
+  std::mt19937 random(5);
+  CRecordingFile recording(1);
+  for (int round = 0; round < 200; ++round) {
+    CSetup& setup = *recording.setup;
+    ScaleChannels(setup, random);
+    std::vector<float> in;
+    std::vector<Raw> expected;
+    bool isInside = true;
+    for (std::uint32_t i = 0; i < kSamples * kChannels; ++i) {
+      const SetupChannel& channel = setup.channels[i % kChannels];
+      // Every other round has none but values inside the range.
+      const bool isPlain = round % 2 == 0 && channel.countScale != 0;
+      in.push_back(isPlain ? static_cast<float>(static_cast<int>(random() % 2000)) * 1e-3f
+                           : AnyValue(channel, kLimit, random));
+      double count = 0;
+      isInside = CountOf(in.back(), channel, kLimit, count) && isInside;
+      expected.push_back(static_cast<Raw>(count));
+    }
+    std::vector<Raw> raw(in.size());
+    recording.pendingConversionNotice = 0;
+    convert(recording, raw.data(), in.data(), kSamples);
+    ASSERT_EQ(raw, expected);
+    ASSERT_EQ(recording.pendingConversionNotice, isInside ? 0 : 1);
+  }
+}
+
+TEST(SampleConversion, CountsAreThoseOfTwoDivisions) {
+  ExpectTwoDivisions<std::int16_t>([](CRecordingFile& r, std::int16_t* raw, const float* in,
+                                      std::uint32_t n) { r.FloatToRaw16(raw, in, n, *r.setup); });
+  ExpectTwoDivisions<std::int32_t>([](CRecordingFile& r, std::int32_t* raw, const float* in,
+                                      std::uint32_t n) { r.FloatToRaw32(raw, in, n, *r.setup); });
 }
 
 }  // namespace

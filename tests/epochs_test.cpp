@@ -1,5 +1,4 @@
-// Epochs come out with their facts, from short and long heads and in both domains, and go into a file in the
-// form in which they are read.
+// Epochs come out with their facts, from short and long heads and in both domains.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

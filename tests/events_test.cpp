@@ -8,7 +8,6 @@ namespace wavelock {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 using Event = RecordingBuilder::Event;
 

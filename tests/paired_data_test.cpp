@@ -1,5 +1,4 @@
-// Channel pairs are found through the matrix of their places, wherever they lie, and written so that they are
-// found again.
+// Channel pairs are found through the matrix of their places, wherever they lie.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -72,42 +71,6 @@ TEST(PairedData, MatrixThatIsNotThereIsTold) {
     EXPECT_FALSE(opened.recording.pairMatrix);
     EXPECT_EQ(opened.recording.BuildPairedData(), nullptr);
   }
-}
-
-TEST(PairedData, WrittenPairsReadBack) {
-  TestHost test;
-  CRecordingFile recording(0, test.host);
-  CSetup& setup = *recording.setup;
-  setup.dataKind = kTimeFrequency;
-  setup.channelCount = 3;
-  setup.pointCount = 2;
-  CTFDPaired pairs(&setup, 2);
-  ASSERT_EQ(pairs.valid, 1);
-  const std::int32_t first[] = {0, 1};
-  const std::int32_t second[] = {1, 2};
-  for (std::size_t i = 0; i < 2; ++i) {
-    pairs.pairIndex[0][i] = first[i];
-    pairs.pairIndex[1][i] = second[i];
-    for (std::size_t p = 0; p < 2; ++p) {
-      pairs.real[i][p] = static_cast<float>(10 * i + p);
-      pairs.imaginary[i][p] = -pairs.real[i][p];
-    }
-  }
-  ASSERT_TRUE(recording.CreateFile("p.rec", 2));
-  EXPECT_TRUE(recording.WritePairedData(&pairs));
-  const std::vector<std::byte> written = test.memory.Contents("/p.rec").value();
-  EXPECT_EQ(written.size(), kStart + 2 * kEntry + 9 * 4);
-  ASSERT_TRUE(recording.SaveAndClose(0));
-  ASSERT_TRUE(recording.OpenFile("p.rec"));
-  const CTFDPaired* const read = recording.BuildPairedData();
-  ASSERT_NE(read, nullptr);
-  EXPECT_THAT(read->pairIndex.All(), ElementsAre(0, 1, 1, 2));
-  EXPECT_THAT(read->real.All(), ElementsAre(0, 1, 10, 11));
-  EXPECT_THAT(read->imaginary.All(), ElementsAre(0, -1, -10, -11));
-
-  pairs.pairIndex[1][1] = 3;
-  EXPECT_FALSE(recording.WritePairedData(&pairs)) << "there is no such channel";
-  EXPECT_FALSE(recording.WritePairedData(nullptr));
 }
 
 }  // namespace

@@ -11,8 +11,6 @@
 namespace wavelock {
 namespace {
 
-using ::testing::ElementsAre;
-
 double Spread(const std::vector<double>& values, double divisorLess) {
   double sum = 0;
   double squares = 0;
