@@ -1,7 +1,10 @@
-// A copied setup holds all that its source holds and is independent of it.
+// A copied setup holds all that its source holds and is independent of it; every field can be reached by its
+// name, and the texts among them keep to their width.
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <set>
+#include <string>
 
 #include "tests/support/setup_values.h"
 #include "tests/support/test_host.h"
@@ -83,16 +86,6 @@ TEST_F(SetupCopy, OfACopyWithMoreChannelsThanItHasGetsEmptyOnes) {
   EXPECT_EQ(second.channels[39].label, "");
 }
 
-TEST_F(SetupCopy, DoesNotAskTheProfile) {
-  host_.profile.SetString(profile::kState, profile::kSetupFile, "later.ast");
-  host_.profile.SetString(profile::kInstitution, profile::kUnit, "later");
-  const auto copy = Copy();
-  EXPECT_EQ(copy->setupFileName, "default.ast");
-  EXPECT_EQ(copy->subject->unitName, "");
-  copy->subject->Reset();
-  EXPECT_EQ(copy->subject->unitName, "later");
-}
-
 TEST_F(SetupCopy, ChannelsThatCannotBeMadeAreNone) {
   setup_->channelCapacity = -1;
   EXPECT_FALSE(setup_->MakeChannels());
@@ -103,6 +96,47 @@ TEST_F(SetupCopy, ChannelsThatCannotBeMadeAreNone) {
   EXPECT_TRUE(setup_->channels) << "an empty array is not none";
   EXPECT_FALSE(setup_->MakeChannelGroup(3));
   EXPECT_FALSE(setup_->MakeChannelGroup(-1));
+}
+
+// ---- its fields
+
+TEST(FixedText, IsCutToItsWidthAndLeavesNothingBehindIt) {
+  FixedText<10> text = "Default";
+  text.Assign("a longer text");
+  EXPECT_EQ(text, "a longer ");
+  text.Assign(std::string_view("x\0hidden", 8));
+  EXPECT_EQ(text, "x");
+  EXPECT_EQ(text, FixedText<10>("x")) << "bytes of an earlier text lie behind the NUL";
+  text.Assign({});
+  EXPECT_TRUE(text.Empty());
+  EXPECT_EQ(FixedText<4>("abc").View(), "abc");
+}
+
+// Structures without padding: when the visited values fill one, none is missing.
+template <class Structure>
+void ExpectEveryByteVisited() {
+  const auto structure = std::make_unique<Structure>();
+  std::size_t bytes = 0;
+  std::set<std::string> paths;
+  VisitLeaves("", *structure, [&](const std::string& path, const auto& value) {
+    bytes += sizeof value;
+    EXPECT_TRUE(paths.insert(path).second) << path << " is visited twice";
+  });
+  EXPECT_EQ(bytes, sizeof(Structure));
+}
+
+TEST(SetupFields, AreVisitedOnceEach) {
+  ExpectEveryByteVisited<SetupFields>();
+  ExpectEveryByteVisited<SetupChannel>();
+  ExpectEveryByteVisited<ParamsA>();
+  ExpectEveryByteVisited<ParamsB>();
+  ExpectEveryByteVisited<ParamsC>();
+  ExpectEveryByteVisited<AuxInputs>();
+  ExpectEveryByteVisited<WaveformSet>();
+
+  std::size_t subjectFields = 0;
+  VisitFields(*std::make_unique<SubjectFields>(), [&](const char*, auto&&) { ++subjectFields; });
+  EXPECT_EQ(subjectFields, 23u);
 }
 
 }  // namespace

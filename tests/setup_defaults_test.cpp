@@ -3,6 +3,8 @@
 
 #include <bit>
 #include <memory>
+#include <tuple>
+#include <utility>
 
 #include "tests/support/setup_values.h"
 #include "tests/support/test_host.h"
@@ -36,82 +38,57 @@ TEST_F(SetupDefaults, NewSetupHasNoChannelsAndKnowsTheProfile) {
   EXPECT_EQ(setup->subject->sex, 2);
 }
 
-TEST_F(SetupDefaults, ResetGivesThirtyTwoChannelsAtOneKilohertz) {
+TEST_F(SetupDefaults, ResetWorksOutScalesAndAxes) {
   const auto setup = NewSetup();
-  EXPECT_EQ(setup->channelCount, 32);
-  EXPECT_EQ(setup->channelCapacity, 515);
-  ASSERT_EQ(setup->channels.Size(), 515u);
-  EXPECT_EQ(setup->Channels().size(), 32u);
-  EXPECT_EQ(setup->channels[0].label, "1");
+  EXPECT_EQ(setup->channels.Size(), 515u);
   EXPECT_EQ(setup->channels[514].label, "515");
   EXPECT_EQ(std::bit_cast<std::uint32_t>(setup->channels[31].countScale), 0x3E2BE015u);
-  EXPECT_EQ(setup->actualRate, 1000.0F);
-  EXPECT_EQ(setup->timeStart, -0.1F);
   EXPECT_EQ(setup->timeEnd, 0.5F);
   EXPECT_EQ(setup->displayStart, -100.0F);
   EXPECT_EQ(setup->displayEnd, 500.0F);
   EXPECT_EQ(setup->binWidth, 1.6638935F);
   EXPECT_EQ(setup->spectrumEnd, 498.33334F);
   EXPECT_EQ(setup->displayOrder[19][511], 511);
-  EXPECT_EQ(setup->bands[4].bandName, "Beta2");
-  EXPECT_EQ(setup->bandTable[3].rowHigh, 29.9F);
-  EXPECT_EQ(setup->artifactLabels[9].text, "Hiccup");
-  EXPECT_EQ(setup->artifactLabels[10].code, 0);
 }
 
-TEST_F(SetupDefaults, ResetBringsEverySetupBack) {
+TEST_F(SetupDefaults, ResetBringsEverySetupBackButItsNames) {
   const FieldValues fresh = ValuesOf(*NewSetup());
   const auto used = NewSetup();
   Scramble(*used, 1);
-  used->setupTitle = "";
-  used->setupFileName = "default.ast";
-  used->modified = 0;
-  EXPECT_NE(ValuesOf(*used), fresh);
+  used->setupTitle = "title";
+  used->setupFileName = "name.ast";
+  used->modified = 1;
   ASSERT_TRUE(used->ResetToDefaults());
+  EXPECT_EQ(std::exchange(used->setupTitle, ""), "title");
+  EXPECT_EQ(std::exchange(used->setupFileName, "default.ast"), "name.ast");
+  EXPECT_EQ(std::exchange(used->modified, 0), 1);
   EXPECT_EQ(ValuesOf(*used), fresh);
 }
 
-TEST_F(SetupDefaults, ResetKeepsTitleFileNameAndModified) {
+TEST_F(SetupDefaults, GridPlacesChannelsRowByRow) {
   const auto setup = NewSetup();
-  setup->setupTitle = "title";
-  setup->setupFileName = "name.ast";
-  setup->modified = 1;
-  ASSERT_TRUE(setup->ResetToDefaults());
-  EXPECT_EQ(setup->setupTitle, "title");
-  EXPECT_EQ(setup->setupFileName, "name.ast");
-  EXPECT_EQ(setup->modified, 1);
-}
-
-struct GridCase {
-  std::int32_t channels;
-  int columns;
-  int rows;
-};
-
-class SetupGrid : public SetupDefaults, public testing::WithParamInterface<GridCase> {};
-
-TEST_P(SetupGrid, PlacesChannelsRowByRow) {
-  const auto& [count, columns, rows] = GetParam();
-  const auto setup = NewSetup();
-  setup->channelCount = count;
-  setup->LayoutGrid(0);
-  const double width = 4.0 / (columns * 5 + 1);
-  const double height = 4.0 / (rows * 5 + 1);
-  for (int i = 0; i < count; ++i) {
-    const SetupChannel& channel = setup->channels[static_cast<std::size_t>(i)];
-    ASSERT_NEAR(channel.boxLeft[0], width * (0.25 + 1.25 * (i % columns)), 1e-6) << i;
-    const int row = i / columns;
-    ASSERT_NEAR(channel.boxBottom[0], height * (1.25 + 1.25 * row), 1e-6) << i;
-    ASSERT_NEAR(channel.boxRight[0] - channel.boxLeft[0], width, 1e-6) << i;
-    ASSERT_NEAR(channel.zoomRight[0] - channel.boxLeft[0], 0.3, 1e-6) << i;
-    ASSERT_NEAR(channel.zoomBottom[0] - channel.boxTop[0], 0.3, 1e-6) << i;
+  for (const auto& [count, columns, rows] : {std::tuple(0, 1, 1),
+                                             {1, 1, 1},
+                                             {4, 4, 1},
+                                             {5, 3, 2},
+                                             {11, 6, 2},
+                                             {12, 4, 3},
+                                             {32, 6, 6},
+                                             {515, 26, 20}}) {
+    setup->channelCount = count;
+    setup->LayoutGrid(0);
+    const double width = 4.0 / (columns * 5 + 1);
+    const double height = 4.0 / (rows * 5 + 1);
+    for (int i = 0; i < count; ++i) {
+      const SetupChannel& channel = setup->channels[static_cast<std::size_t>(i)];
+      ASSERT_NEAR(channel.boxLeft[0], width * (0.25 + 1.25 * (i % columns)), 1e-6) << i << " of " << count;
+      ASSERT_NEAR(channel.boxBottom[0], height * (1.25 + 1.25 * (i / columns)), 1e-6) << i;
+      ASSERT_NEAR(channel.boxRight[0] - channel.boxLeft[0], width, 1e-6) << i;
+      ASSERT_NEAR(channel.zoomRight[0] - channel.boxLeft[0], 0.3, 1e-6) << i;
+      ASSERT_NEAR(channel.zoomBottom[0] - channel.boxTop[0], 0.3, 1e-6) << i;
+    }
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Counts, SetupGrid,
-                         testing::Values(GridCase{0, 1, 1}, GridCase{1, 1, 1}, GridCase{4, 4, 1},
-                                         GridCase{5, 3, 2}, GridCase{11, 6, 2}, GridCase{12, 4, 3},
-                                         GridCase{32, 6, 6}, GridCase{515, 26, 20}));
 
 TEST_F(SetupDefaults, GridSkipsChannelsThatAreNotOnTheLayout) {
   const auto setup = NewSetup();
@@ -134,6 +111,10 @@ TEST_F(SetupDefaults, SingleResetsTouchOnlyTheirOwn) {
   setup->artifactLabelCount = 11;
   setup->channels[0].label = "K1";
   setup->channels[3].label = "EKG";
+  setup->bandTable[0].rowHigh = setup->bandTable[4].rowHigh = 99;
+  setup->ResetBandTable();
+  EXPECT_NE(setup->bandTable[0].rowHigh, 99);
+  EXPECT_EQ(setup->bandTable[4].rowHigh, 99);
   setup->ResetArtifactLabels();
   setup->ResetParameterBlocks();
   setup->ResetChannel(0);
@@ -145,16 +126,6 @@ TEST_F(SetupDefaults, SingleResetsTouchOnlyTheirOwn) {
   EXPECT_EQ(setup->channels[0].label, "1");
   setup->ResetParameterBlocks();
   EXPECT_EQ(setup->paramsA.aChannel2, 3);
-}
-
-TEST_F(SetupDefaults, DerivedChannelHasNoSweepsLinksAndColors) {
-  const SetupChannel derived = DefaultDerivedChannel(2, "a label of more than 19 characters");
-  EXPECT_EQ(derived.label, "a label of more tha");
-  EXPECT_EQ(derived.physicalChannel, 2);
-  EXPECT_EQ(derived.sweeps, 0);
-  EXPECT_EQ(derived.links[7].linkIndex, 0);
-  EXPECT_EQ(derived.colorA, 0);
-  EXPECT_EQ(derived.textB, "Default");
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <limits>
 #include <memory>
 
-#include "tests/support/setup_values.h"
 #include "tests/support/test_host.h"
 #include "wavelock/setup/setup.h"
 
@@ -133,16 +132,6 @@ TEST_F(SetupDerivedValues, BinsCountWhatLiesBetweenTheEndsOfTheSpectrum) {
   setup_->spectrumEnd = 50;
   EXPECT_EQ(setup_->UpdateBins(), 251);
   EXPECT_EQ(setup_->spectrumStart, 0.0F);
-}
-
-TEST_F(SetupDerivedValues, ContinuousRecordingLeavesTheFrequencyDomain) {
-  setup_->frequencyDomain = 1;
-  setup_->timeStart = 3;
-  setup_->UpdateTimeAxis();
-  EXPECT_EQ(setup_->frequencyDomain, 0);
-  EXPECT_EQ(setup_->pointCount, 1000);
-  EXPECT_EQ(setup_->timeStart, 0.0F);
-  EXPECT_EQ(setup_->timeEnd, 0.999F);
 }
 
 TEST_F(SetupDerivedValues, KChannelIsTheFirstLabelWithAK) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "wavelock/setup/fixed_text.h"
 
@@ -36,5 +37,6 @@ struct AuxInputs {
   PerInput<float> auxField66 = All(1.0F);
   PerInput<float> auxField70{};
 };
+static_assert(std::is_trivially_copyable_v<AuxInputs>);
 
 }  // namespace wavelock

@@ -57,6 +57,7 @@ struct ParamsB {
   std::int32_t bField68 = 0;
   LongFilterSpec bFilter{{1, 30, 0, 1, 1, 30, 70, 1, 3, 2, 0, 0}, {}};
 };
+static_assert(sizeof(ParamsB) - sizeof(ParamsB::bSpare) == 140);
 
 struct ParamsC {
   std::int32_t cCount = 3;  // 1 to 500

@@ -24,6 +24,7 @@ struct SetupBand {
   float bandField1084 = 0;
   float bandField1088 = 1;
 };
+static_assert(sizeof(SetupBand) == 1092);
 
 struct BandTableRow {
   FixedText<20> rowName{};

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "wavelock/setup/fixed_text.h"
 
@@ -97,6 +98,7 @@ struct SetupChannel {
   std::int32_t colorD = 0;
   std::int32_t channelFlagD = 0;
 };
+static_assert(std::is_trivially_copyable_v<SetupChannel>);
 
 inline bool TakesPartInStatistics(const SetupChannel& channel) {
   return channel.channelType == 0 && channel.channelFlagC == 0;

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "wavelock/setup/fixed_text.h"
 #include "wavelock/setup/setup_bands.h"
@@ -204,5 +205,6 @@ struct SetupFields {
   std::int32_t mainField8192 = 1;
   std::int32_t mainField8196 = 0;
 };
+static_assert(std::is_trivially_copyable_v<SetupFields>);
 
 }  // namespace wavelock

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "wavelock/setup/fixed_text.h"
 
@@ -66,5 +67,7 @@ struct WaveformSet {
     for (WaveformSources& slot : sources) slot.sourceA.handle = slot.sourceB.handle = slot.sourceC.handle = 0;
   }
 };
+static_assert(sizeof(WaveformSet::sources) == 20840 && sizeof(WaveformSet::slots) == 5840 &&
+              sizeof(WaveformNames) == 5640 && std::is_trivially_copyable_v<WaveformSet>);
 
 }  // namespace wavelock
