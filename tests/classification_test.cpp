@@ -45,14 +45,19 @@ TEST(Classification, CertainNamesMakeAnyFileContinuous) {
 
 TEST(Classification, ANameThatSaysAverageIsAskedAboutOnce) {
   const auto bytes = RecordingBuilder().Channels(1).Samples({1, 2, 3}).Build();
-  for (const bool isAverage : {true, false}) {
+  const struct {
+    ScriptedUser::DialogAnswer answer;
+    bool isAverage;
+  } kCases[] = {{{.choice = 0}, true}, {{.choice = 1}, false}, {{.accept = false, .choice = 1}, true}};
+  for (const auto& [answer, isAverage] : kCases) {
     TestHost test;
     test.memory.Put("a.avg", bytes);
-    test.user.ExpectDialog("CKindPrompt", {.accept = true, .choice = isAverage ? 0 : 1});
+    test.user.ExpectDialog("CKindPrompt", answer);
     CRecordingFile recording(1, test.host);
     recording.OpenFile("a.avg");
     EXPECT_EQ(recording.rawHeader.header.acquisitionMode, isAverage ? 1 : 3);
-    EXPECT_EQ(test.user.dialogs.at(0).texts.size() + test.user.dialogs.at(0).choices.size(), 3u);
+    EXPECT_EQ(test.user.dialogs.at(0).choices, (std::vector<std::string>{"AVG", "CNT"}));
+    EXPECT_EQ(test.user.dialogs.at(0).texts.size(), 1u);
   }
 }
 

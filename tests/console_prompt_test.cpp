@@ -4,7 +4,6 @@
 #include <sstream>
 
 #include "wavelock/platform/console_modal_interface.h"
-#include "wavelock/platform/silent_modal_interface.h"
 
 namespace wavelock {
 namespace {
@@ -41,6 +40,10 @@ TEST(ConsolePrompt, OnlyYesIsYes) {
   for (const char* typed : {"", "\n", "n\n", "No\n", "q\ny\n", "what\n"}) {
     EXPECT_FALSE(Console(typed).modal.AskYesNo(Text("Go on?"))) << typed;
   }
+  Console ended("");
+  EXPECT_FALSE(ended.modal.AskYesNo(Text("First?")));
+  ended.answers.str("y\n");
+  EXPECT_TRUE(ended.modal.AskYesNo(Text("Second?"))) << "the input goes on";
 }
 
 TEST(ConsolePrompt, DialogKeepsItsFieldsWhenCancelledAtAnyPoint) {
@@ -59,26 +62,15 @@ TEST(ConsolePrompt, DialogTakesTheChoiceTheTickAndTheUsualAnswers) {
   EXPECT_EQ(kind.choice, 1);
   EXPECT_TRUE(Console("\n").modal.RunDialog(kind));
   EXPECT_EQ(kind.choice, 1);
+  kind.choice = -1;
+  EXPECT_TRUE(Console("\n1\n").modal.RunDialog(kind));
+  EXPECT_EQ(kind.choice, 0) << "without a usual one a choice must be made";
 
   ModalDialog box = BoxDialog();
   EXPECT_TRUE(Console("y\n").modal.RunDialog(box));
   EXPECT_TRUE(box.checked);
   EXPECT_TRUE(Console("\n").modal.RunDialog(box));
   EXPECT_TRUE(box.checked);
-}
-
-TEST(ConsolePrompt, ChoiceWithoutAUsualOneMustBeMade) {
-  ModalDialog dialog = KindDialog();
-  dialog.choice = -1;
-  EXPECT_TRUE(Console("\n1\n").modal.RunDialog(dialog));
-  EXPECT_EQ(dialog.choice, 0);
-}
-
-TEST(ConsolePrompt, AnEndOfInputCancelsOneQuestionOnly) {
-  Console console("");
-  EXPECT_FALSE(console.modal.AskYesNo(Text("First?")));
-  console.answers.str("y\n");
-  EXPECT_TRUE(console.modal.AskYesNo(Text("Second?")));
 }
 
 TEST(ConsolePrompt, NobodyIsAskedWithoutATerminalAndTheOutcomeIsTold) {
@@ -114,18 +106,17 @@ TEST(ConsolePrompt, PathToSaveToIsTypedAndAFileIsReplacedOnlyWhenWanted) {
   EXPECT_EQ(Console("/\ny\n").modal.AskSavePath({}), "/");
 }
 
+TEST(ConsolePrompt, ColourIsTypedWithItsRedFirst) {
+  EXPECT_EQ(Console("pink\n12345\nff8001\n").modal.AskColour(0), 0x0180FFu);
+  EXPECT_EQ(Console("\n").modal.AskColour(0x123456), 0x123456u);
+  EXPECT_EQ(Console("q\n").modal.AskColour(0), std::nullopt);
+  EXPECT_EQ(Console("ff8001\n", false).modal.AskColour(0), std::nullopt);
+}
+
 TEST(ConsolePrompt, TextsCannotSteerTheTerminal) {
   Console console("");
   console.modal.ShowMessage(Text("caf\xC3\xA9 \x1B[2J\x07 \xC2\x9B\x31m\nline"));
   EXPECT_EQ(console.words.str(), "wavelock: caf\xC3\xA9 ?[2J? ?1m\nline\n");
-}
-
-TEST(SilentModalInterface, AnswersNothingButNoAndCancel) {
-  SilentModalInterface modal;
-  ModalDialog dialog = BoxDialog();
-  EXPECT_FALSE(modal.AskYesNo(Text("Go on?")));
-  EXPECT_FALSE(modal.RunDialog(dialog));
-  EXPECT_EQ(modal.AskSavePath({}), std::nullopt);
 }
 
 }  // namespace

@@ -30,10 +30,11 @@ TEST(Opening, QuotesAndWhiteSpaceAroundAPathAreDropped) {
 TEST(Opening, AMissingFileIsToldWithItsPathAndTheSystemsWords) {
   TestHost test;
   CRecordingFile loud(0, test.host);
-  EXPECT_FALSE(loud.OpenFile("nothing.rec"));
+  EXPECT_FALSE(loud.OpenFile("100%s.rec"));
   ASSERT_EQ(test.user.messages.size(), 2u);
   EXPECT_EQ(test.user.messages[0].number, 1765);
-  EXPECT_EQ(test.user.messages[0].insertion, "nothing.rec");
+  EXPECT_EQ(test.user.messages[0].insertion, "100%s.rec");
+  EXPECT_THAT(test.user.messages[0].text, ::testing::HasSubstr(" 100%s.rec "));
   EXPECT_EQ(test.user.messages[1].source, ModalSource::kSystem);
   EXPECT_FALSE(test.user.messages[1].text.empty());
 
@@ -41,20 +42,6 @@ TEST(Opening, AMissingFileIsToldWithItsPathAndTheSystemsWords) {
   CRecordingFile silent(1, test.host);
   EXPECT_FALSE(silent.OpenFile("nothing.rec"));
   EXPECT_THAT(test.user.messages, IsEmpty());
-}
-
-TEST(Opening, AReadOnlyFileOpensInSilence) {
-  TestHost test;
-  test.memory.Put("locked.rec", SmallRecording().Build());
-  test.memory.SetStatus("locked.rec", {.readOnly = true});
-  CRecordingFile recording(0, test.host);
-  EXPECT_TRUE(recording.OpenFile("locked.rec"));
-  EXPECT_THAT(test.user.messages, IsEmpty());
-  EXPECT_FALSE(recording.IsFileWritable());
-  recording.CloseFile();
-  test.memory.SetStatus("locked.rec", {.readOnly = false});
-  EXPECT_TRUE(recording.OpenFile("locked.rec"));
-  EXPECT_TRUE(recording.IsFileWritable());
 }
 
 TEST(Opening, FoldersEmptyFilesAndTextsAreRefusedWithAMessage) {
@@ -95,25 +82,6 @@ TEST(Opening, AnObjectServesOneFileAfterTheOther) {
   EXPECT_EQ(recording.GetEventCount(), 0);
   EXPECT_EQ(recording.setup->channelCount, 1);
   EXPECT_EQ(recording.GetContinuousSampleCount(), 6u);
-}
-
-TEST(Opening, InformationIsThereBeforeTheFirstFileAndAfterTheLast) {
-  TestHost test;
-  CRecordingFile recording(0, test.host);
-  EXPECT_EQ(recording.setup->channelCount, 32);
-  EXPECT_EQ(recording.setup->sampleRate, 1000);
-  EXPECT_EQ(recording.GetAcquisitionKind(), kContinuous);
-  EXPECT_EQ(recording.GetContinuousSampleCount(), 0u);
-  EXPECT_EQ(recording.GetEventCount(), 0);
-  EXPECT_EQ(recording.GetFileName(), "");
-
-  test.memory.Put("a.rec", SmallRecording().Build());
-  recording.OpenFile("a.rec");
-  recording.CloseFile();
-  EXPECT_EQ(recording.GetContinuousSampleCount(), 3u);
-  EXPECT_EQ(recording.setup->sampleRate, 250);
-  std::int16_t out[2];
-  EXPECT_FALSE(recording.ReadContinuousRaw(0, 1, out, sizeof out, 0, 0));
 }
 
 TEST(Opening, ImpossibleRatesAreReportedAndTheSamplesStayReadable) {
