@@ -17,12 +17,12 @@
 #include "wavelock/platform/component_loader.h"
 #include "wavelock/platform/file_registry.h"
 #include "wavelock/platform/posix_files.h"
+#include "wavelock/platform/shared_library.h"
 
 namespace wavelock {
 namespace {
 
 using testing::IsEmpty;
-using testing::Optional;
 
 constexpr char kPath[] = "/lib/wavelock/wavelock_control.so";
 
@@ -48,31 +48,37 @@ struct Setting {
 TEST(ModuleRegistration, EntersEveryValueOfItsClasses) {
   Setting s;
   ASSERT_EQ(s.module.RegisterServer(), Result::kDone);
-  const RegistryTree tree = *s.registry.Read();
-  const std::string control = "CLSID/" + FormatIdentifier(kControlClassId);
-  const std::string library = FormatIdentifier(kTypeLibraryId);
-  EXPECT_THAT(FindValue(tree, control), Optional(std::string("Wavelock Control")));
-  EXPECT_THAT(FindValue(tree, control + "/InprocServer32"), Optional(std::string(kPath)));
-  EXPECT_THAT(FindValue(tree, control + "/InprocServer32", "ThreadingModel"),
-              Optional(std::string("Apartment")));
-  EXPECT_THAT(FindValue(tree, control + "/ToolboxBitmap32"), Optional(std::string(kPath) + ", 1"));
-  EXPECT_THAT(FindValue(tree, control + "/MiscStatus/1"), Optional(std::string("132497")));
-  EXPECT_THAT(FindValue(tree, control + "/ProgID"), Optional(std::string("WAVELOCK.WavelockCtrl.1")));
-  EXPECT_THAT(FindValue(tree, control + "/TypeLib"), Optional(library));
-  EXPECT_THAT(FindValue(tree, control + "/Version"), Optional(std::string("1.0")));
-  EXPECT_TRUE(tree.contains(control + "/Insertable"));
-  EXPECT_TRUE(tree.contains(control + "/Control"));
-  EXPECT_THAT(FindValue(tree, "WAVELOCK.WavelockCtrl.1/CLSID"), Optional(FormatIdentifier(kControlClassId)));
-
+  const std::string controlId = FormatIdentifier(kControlClassId);
+  const std::string control = "CLSID/" + controlId;
   const std::string page = "CLSID/" + FormatIdentifier(kPropertyPageClassId);
-  EXPECT_THAT(FindValue(tree, page), Optional(std::string("Wavelock Property Page")));
-  EXPECT_THAT(FindValue(tree, page + "/InprocServer32"), Optional(std::string(kPath)));
-
-  EXPECT_THAT(FindValue(tree, "TypeLib/" + library + "/1.0/HELPDIR"),
-              Optional(std::string("/lib/wavelock/")));
-  EXPECT_THAT(FindValue(tree, "Interface/" + FormatIdentifier(kDispatchId)),
-              Optional(std::string("_DWavelock")));
-  EXPECT_THAT(FindValue(tree, "Interface/" + FormatIdentifier(kEventsId) + "/TypeLib"), Optional(library));
+  const std::string libraryId = FormatIdentifier(kTypeLibraryId);
+  const std::string library = "TypeLib/" + libraryId + "/1.0";
+  const std::string methods = "Interface/" + FormatIdentifier(kDispatchId);
+  const std::string events = "Interface/" + FormatIdentifier(kEventsId);
+  EXPECT_EQ(*s.registry.Read(),
+            (RegistryTree{{control, {{"", "Wavelock Control"}}},
+                          {control + "/Control", {}},
+                          {control + "/InprocServer32", {{"", kPath}, {"ThreadingModel", "Apartment"}}},
+                          {control + "/Insertable", {}},
+                          {control + "/MiscStatus", {{"", "0"}}},
+                          {control + "/MiscStatus/1", {{"", "132497"}}},
+                          {control + "/ProgID", {{"", "WAVELOCK.WavelockCtrl.1"}}},
+                          {control + "/ToolboxBitmap32", {{"", std::string(kPath) + ", 1"}}},
+                          {control + "/TypeLib", {{"", libraryId}}},
+                          {control + "/Version", {{"", "1.0"}}},
+                          {page, {{"", "Wavelock Property Page"}}},
+                          {page + "/InprocServer32", {{"", kPath}, {"ThreadingModel", "Apartment"}}},
+                          {methods, {{"", "_DWavelock"}}},
+                          {methods + "/TypeLib", {{"", libraryId}, {"Version", "1.0"}}},
+                          {events, {{"", "_DWavelockEvents"}}},
+                          {events + "/TypeLib", {{"", libraryId}, {"Version", "1.0"}}},
+                          {library, {{"", "Wavelock Control"}}},
+                          {(library + "/0/").append(ModulePlatform()), {{"", kPath}}},
+                          {library + "/FLAGS", {{"", "2"}}},
+                          {library + "/HELPDIR", {{"", "/lib/wavelock/"}}},
+                          {"WAVELOCK.WavelockCtrl.1", {{"", "Wavelock Control"}}},
+                          {"WAVELOCK.WavelockCtrl.1/CLSID", {{"", controlId}}},
+                          {"WAVELOCK.WavelockCtrl.1/Insertable", {}}}));
 }
 
 TEST(ModuleRegistration, UnregisteringLeavesWhatOthersEntered) {
@@ -173,10 +179,6 @@ TEST(ModuleClasses, PropertyPageSaysWhatItIsAndOffersNothing) {
   ASSERT_EQ(factory->CreateInstance(PropertyPage::kId, page.Receive()), Result::kDone);
   const PropertyPageInfo& info = *page->GetPageInfo();
   EXPECT_STREQ(info.caption, "General");
-  EXPECT_STREQ(info.helpText, "Names to appear in the control");
-  EXPECT_STREQ(info.helpFile, "WAVELOCK.HLP");
-  EXPECT_EQ(info.helpContext, 0u);
-  EXPECT_EQ(info.dialogTemplate, 200);
   EXPECT_EQ(info.propertyCount, 0u);
   s.host.user.ExpectDialog("CWavelockPropPage", {.accept = false});
   EXPECT_FALSE(page->Show());
@@ -244,18 +246,6 @@ TEST_F(LoadedModuleTest, ClientIsToldWhyThereIsNoObject) {
   registry.Change([&](RegistryTree& tree) { tree[server][""] = WAVELOCK_CONTROL_MODULE; });
   EXPECT_EQ(loader.Create("Lost.1", control), Result::kClassNotAvailable);
   EXPECT_FALSE(control);
-}
-
-TEST_F(LoadedModuleTest, ModuleRegistersItselfForTheUserAndLeavesNothing) {
-  PosixFiles files;
-  FileRegistry users(files);
-  EXPECT_EQ(RegisterModule(libraries, WAVELOCK_CONTROL_MODULE), Result::kDone);
-  EXPECT_THAT(FindValue(*users.Read(), "CLSID/" + FormatIdentifier(kControlClassId) + "/InprocServer32"),
-              Optional(std::string(WAVELOCK_CONTROL_MODULE)));
-  EXPECT_EQ(UnregisterModule(libraries, WAVELOCK_CONTROL_MODULE), Result::kDone);
-  EXPECT_THAT(*users.Read(), IsEmpty());
-  EXPECT_TRUE(std::filesystem::is_empty(user.folder.Path("wavelock")));
-  EXPECT_EQ(RegisterModule(libraries, user.folder.Path("missing.so")), Result::kModuleNotFound);
 }
 
 }  // namespace
