@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -74,9 +73,6 @@ TEST_F(DemoOutput, FilesThatExistAreOverwrittenByForceAlone) {
   EXPECT_EQ(folder.Text("d/pairs.rec"), "mine");
   EXPECT_EQ(folder.Wavelock("demo d --force").exitCode, 0);
   EXPECT_THAT(folder.Wavelock("info d/pairs.rec").out, HasSubstr("time-frequency"));
-  folder.PutText("file", "");
-  EXPECT_EQ(folder.Wavelock("demo file").exitCode, 1);
-  EXPECT_EQ(folder.Wavelock("demo d --seed x").exitCode, 2);
 }
 
 // ---- what the files hold belongs together
@@ -84,29 +80,6 @@ TEST_F(DemoOutput, FilesThatExistAreOverwrittenByForceAlone) {
 constexpr std::size_t kChannels = 32;
 constexpr std::size_t kPoints = 256;
 constexpr std::uint16_t kRare = 2;
-
-TEST_F(DemoOutput, BothContinuousRecordingsAreCorrectedToTheSameSignals) {
-  std::vector<std::vector<float>> signals;
-  for (const char* name : {"d/continuous.rec", "d/continuous_32bit.rec"}) {
-    CRecordingFile recording(1);
-    ASSERT_TRUE(recording.OpenFile(folder.Path(name)));
-    EXPECT_GT(recording.GetEventCount(), 50);
-    std::vector<float> signal(recording.GetContinuousSampleCount() * kChannels);
-    ASSERT_TRUE(recording.ReadContinuousFloat(0, signal.size() / kChannels, signal.data(),
-                                              static_cast<std::uint32_t>(signal.size() * 4), 0, 0));
-    signals.push_back(std::move(signal));
-  }
-  ASSERT_EQ(signals[0].size(), signals[1].size());
-  double most = 0;
-  double greatest = 0;
-  for (std::size_t i = 0; i < signals[0].size(); ++i) {
-    most = std::max(most, std::fabs(double{signals[0][i]} - signals[1][i]));
-    greatest = std::max(greatest, std::fabs(double{signals[0][i]}));
-  }
-  EXPECT_LT(most, 0.5);  // a few of the coarser steps
-  EXPECT_GT(greatest, 50);
-  EXPECT_LT(greatest, 500);
-}
 
 TEST_F(DemoOutput, AveragesAreThoseOfTheEpochsThatTheContinuousRecordingHas) {
   CRecordingFile continuous(1);
