@@ -40,6 +40,9 @@ json Value(std::uint32_t value) {
 json Value(float value) {
   return Number(value);
 }
+json Value(double value) {
+  return Number(value);
+}
 template <class T>
 json Value(Stored<T> value) {
   return Value(T{value});
@@ -109,22 +112,9 @@ json Event(const EventRecord& event) {
 }
 
 json Marker(const CMarker& marker) {
-  return {{"labelMode", marker.labelMode},
-          {"locked", marker.locked},
-          {"colour", marker.colour},
-          {"attributeA", marker.attributeA},
-          {"attributeB", marker.attributeB},
-          {"attributeC", marker.attributeC},
-          {"attributeD", marker.attributeD},
-          {"transient", marker.transient},
-          {"firstValue", Number(marker.firstValue)},
-          {"timeMs", Number(marker.timeMs)},
-          {"sampleIndex", marker.sampleIndex},
-          {"secondValue", Number(marker.secondValue)},
-          {"channel", marker.channel},
-          {"epoch", marker.epoch},
-          {"text", Latin1ToUtf8(marker.text)},
-          {"name", Latin1ToUtf8(marker.name)}};
+  json fields;
+  VisitMarker(marker, [&fields](const char* name, const auto& value) { fields[name] = Value(value); });
+  return fields;
 }
 
 json Markers(const CMarkerList& list) {
@@ -144,13 +134,9 @@ json Labels(const CLabelList& list) {
 // ---- corrections
 
 json Parameters(const OverlayParameters& params) {
-  return {{"storedValue0", Value(params.storedValue0)},   {"storedWord1", Value(params.storedWord1)},
-          {"storedValue2", Value(params.storedValue2)},   {"storedValue3", Value(params.storedValue3)},
-          {"storedValue4", Value(params.storedValue4)},   {"sampleShift", Value(params.sampleShift)},
-          {"storedWords6", Value(params.storedWords6)},   {"storedValue11", Value(params.storedValue11)},
-          {"storedValue12", Value(params.storedValue12)}, {"polyOrder", Value(params.polyOrder)},
-          {"polyChannels", Value(params.polyChannels)},   {"alwaysSave", Value(params.alwaysSave)},
-          {"storedWords16", Value(params.storedWords16)}};
+  json fields;
+  VisitParameters(params, [&fields](const char* name, const auto& value) { fields[name] = Value(value); });
+  return fields;
 }
 
 json Row(const OverlayRow& row) {

@@ -23,6 +23,44 @@ std::string Sha256(std::span<const std::byte> bytes);
 nlohmann::json RawBlock(std::span<const std::byte> bytes, int width);
 nlohmann::json FloatBlock(std::span<const float> values);
 
+// Fields with their names, to be told or set.
+template <class Marker, class Visit>
+void VisitMarker(Marker& marker, Visit&& visit) {
+  visit("labelMode", marker.labelMode);
+  visit("locked", marker.locked);
+  visit("colour", marker.colour);
+  visit("attributeA", marker.attributeA);
+  visit("attributeB", marker.attributeB);
+  visit("attributeC", marker.attributeC);
+  visit("attributeD", marker.attributeD);
+  visit("transient", marker.transient);
+  visit("firstValue", marker.firstValue);
+  visit("timeMs", marker.timeMs);
+  visit("sampleIndex", marker.sampleIndex);
+  visit("secondValue", marker.secondValue);
+  visit("channel", marker.channel);
+  visit("epoch", marker.epoch);
+  visit("text", marker.text);
+  visit("name", marker.name);
+}
+
+template <class Parameters, class Visit>
+void VisitParameters(Parameters& params, Visit&& visit) {
+  visit("storedValue0", params.storedValue0);
+  visit("storedWord1", params.storedWord1);
+  visit("storedValue2", params.storedValue2);
+  visit("storedValue3", params.storedValue3);
+  visit("storedValue4", params.storedValue4);
+  visit("sampleShift", params.sampleShift);
+  visit("storedWords6", params.storedWords6);
+  visit("storedValue11", params.storedValue11);
+  visit("storedValue12", params.storedValue12);
+  visit("polyOrder", params.polyOrder);
+  visit("polyChannels", params.polyChannels);
+  visit("alwaysSave", params.alwaysSave);
+  visit("storedWords16", params.storedWords16);
+}
+
 nlohmann::json EpochInfoFields(const EpochInfo& info);
 
 nlohmann::json DataObject(const CTFDEpoch& object);

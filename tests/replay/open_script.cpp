@@ -1,5 +1,3 @@
-#include "tests/replay/open_script.h"
-
 #include <map>
 #include <memory>
 #include <string>
@@ -8,7 +6,7 @@
 
 #include "tests/replay/answers.h"
 #include "tests/replay/recorded_host.h"
-#include "tests/replay/setup_script.h"
+#include "tests/replay/scripts.h"
 
 namespace wavelock::replay {
 

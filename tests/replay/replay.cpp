@@ -7,9 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "tests/replay/open_script.h"
-#include "tests/replay/save_script.h"
-#include "tests/replay/setup_script.h"
+#include "tests/replay/scripts.h"
 
 namespace {
 

@@ -1,5 +1,3 @@
-#include "tests/replay/save_script.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -13,6 +11,7 @@
 
 #include "tests/replay/answers.h"
 #include "tests/replay/recorded_host.h"
+#include "tests/replay/scripts.h"
 #include "tests/support/setup_values.h"
 
 namespace wavelock::replay {
@@ -41,6 +40,13 @@ std::vector<T> Numbers(const json& step, const char* name) {
   return values;
 }
 
+double NumberOf(const json& value) {
+  if (!value.is_string()) return value.get<double>();
+  if (value == "nan") return std::nan("");
+  const double infinity = std::numeric_limits<double>::infinity();
+  return value == "-inf" ? -infinity : infinity;
+}
+
 // What is not in the script stays as it is.
 template <class T>
 void Take(const json& step, const char* name, T& target) {
@@ -58,15 +64,12 @@ void Take(const json& step, const char* name, std::array<Stored<T>, N>& target) 
   for (std::size_t i = 0; i < std::min(N, step.at(name).size()); ++i) target[i] = step.at(name)[i].get<T>();
 }
 
-void Take(const json& step, const char* name, std::string& target) {
-  if (step.contains(name)) target = Utf8ToLatin1(step.at(name).get<std::string>());
+void Take(const json& step, const char* name, double& target) {
+  if (step.contains(name)) target = NumberOf(step.at(name));
 }
 
-double NumberOf(const json& value) {
-  if (!value.is_string()) return value.get<double>();
-  if (value == "nan") return std::nan("");
-  const double infinity = std::numeric_limits<double>::infinity();
-  return value == "-inf" ? -infinity : infinity;
+void Take(const json& step, const char* name, std::string& target) {
+  if (step.contains(name)) target = Utf8ToLatin1(step.at(name).get<std::string>());
 }
 
 // ---- fields of the setup
@@ -141,22 +144,7 @@ json AddEvent(Stage& stage, const json& step) {
 
 json AddMarker(Stage& stage, const json& step) {
   auto marker = std::make_unique<CMarker>();
-  Take(step, "labelMode", marker->labelMode);
-  Take(step, "locked", marker->locked);
-  Take(step, "colour", marker->colour);
-  Take(step, "attributeA", marker->attributeA);
-  Take(step, "attributeB", marker->attributeB);
-  Take(step, "attributeC", marker->attributeC);
-  Take(step, "attributeD", marker->attributeD);
-  Take(step, "transient", marker->transient);
-  if (step.contains("firstValue")) marker->firstValue = NumberOf(step.at("firstValue"));
-  if (step.contains("timeMs")) marker->timeMs = NumberOf(step.at("timeMs"));
-  Take(step, "sampleIndex", marker->sampleIndex);
-  if (step.contains("secondValue")) marker->secondValue = NumberOf(step.at("secondValue"));
-  Take(step, "channel", marker->channel);
-  Take(step, "epoch", marker->epoch);
-  Take(step, "text", marker->text);
-  Take(step, "name", marker->name);
+  VisitMarker(*marker, [&step](const char* name, auto& value) { Take(step, name, value); });
   stage.recording.markerList.Add(std::move(marker));
   return nullptr;
 }
@@ -170,20 +158,8 @@ json AddLabel(Stage& stage, const json& step) {
 }
 
 json SetOverlayParameters(Stage& stage, const json& step) {
-  OverlayParameters& params = stage.recording.overlay.params;
-  Take(step, "storedValue0", params.storedValue0);
-  Take(step, "storedWord1", params.storedWord1);
-  Take(step, "storedValue2", params.storedValue2);
-  Take(step, "storedValue3", params.storedValue3);
-  Take(step, "storedValue4", params.storedValue4);
-  Take(step, "sampleShift", params.sampleShift);
-  Take(step, "storedWords6", params.storedWords6);
-  Take(step, "storedValue11", params.storedValue11);
-  Take(step, "storedValue12", params.storedValue12);
-  Take(step, "polyOrder", params.polyOrder);
-  Take(step, "polyChannels", params.polyChannels);
-  Take(step, "alwaysSave", params.alwaysSave);
-  Take(step, "storedWords16", params.storedWords16);
+  VisitParameters(stage.recording.overlay.params,
+                  [&step](const char* name, auto& value) { Take(step, name, value); });
   return nullptr;
 }
 

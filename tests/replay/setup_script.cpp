@@ -1,10 +1,9 @@
-#include "tests/replay/setup_script.h"
-
 #include <memory>
 #include <utility>
 
 #include "tests/replay/answers.h"
 #include "tests/replay/recorded_host.h"
+#include "tests/replay/scripts.h"
 
 namespace wavelock::replay {
 
