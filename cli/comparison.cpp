@@ -172,6 +172,21 @@ void AddChangedFields(const CSetup& before, const CSetup& after, std::vector<std
   AddCounted(changes, losses);
 }
 
+// Texts of old headers that nobody reads. Most hold dashes; one that holds more may be somebody's note.
+void AddDashTexts(const RecordingHeader& header, std::vector<std::string>& losses) {
+  const auto add = [&losses](std::string_view text) {
+    if (text.find_first_not_of(" -") != std::string_view::npos)
+      losses.push_back(fmt::format("a text of the header, \"{}\"", text));
+  };
+  add(header.dashTextA.View());
+  add(header.dashTextB.View());
+  add(header.dashTextC.View());
+  add(header.dashTextD.View());
+  add(header.dashTextE.View());
+  add(header.dashTextF.View());
+  add(header.dashTextG.View());
+}
+
 // Fields of the header that a setup has no place for. Without a tail the filters of the first channel become
 // those of all.
 void AddLostFields(const HeaderImage& before, const HeaderImage& after, bool hasTail,
@@ -181,6 +196,7 @@ void AddLostFields(const HeaderImage& before, const HeaderImage& after, bool has
     if (old != now) ++changes[fmt::format("header {}: {} became {}", path, old, now)];
   };
   add("spectrumSource", before.header.spectrumSource, after.header.spectrumSource);
+  AddDashTexts(before.header, losses);
   const std::size_t channels = std::min(before.ChannelsInUse().size(), after.ChannelsInUse().size());
   for (std::size_t c = 0; c < channels; ++c) {
     const ChannelRecord& old = before.channels[c];

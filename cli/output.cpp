@@ -48,7 +48,7 @@ void OutputOptions::AddTo(CLI::App& parser) {
 
 bool IsFree(const std::string& path, bool force) {
   std::error_code error;
-  if (force || !fs::exists(path, error)) return true;
+  if (force || !fs::exists(fs::symlink_status(path, error))) return true;
   Complain(path, "The file exists. With --force it is overwritten.");
   return false;
 }

@@ -2,6 +2,7 @@
 // they are let into their place.
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -47,6 +48,8 @@ struct Result {
   ExitCode code = kFailed;
   std::vector<std::string> losses{};
 };
+
+using Targets = std::vector<std::string>;  // that were written
 
 // Tells how much of a file was written.
 class ProgressFile : public File {
@@ -97,7 +100,7 @@ class UpgradeFiles : public ReadOnlyFiles {
 class Staged {
  public:
   explicit Staged(const std::string& target)
-      : path_(target + ".unverified"), target_(target), isFree_(!fs::exists(path_)) {}
+      : path_(target + ".unverified"), target_(target), isFree_(IsFreeName(path_)) {}
   ~Staged() {
     std::error_code error;
     if (isFree_ && !isPlaced_) fs::remove(path_, error);
@@ -107,9 +110,21 @@ class Staged {
 
   const std::string& Path() const { return path_; }
   bool IsFree() const { return isFree_; }  // whether nothing of that name was there
-  bool Place() { return isPlaced_ = Host::Default().files.Replace(path_, target_); }
+  // With the rights of the recording at `source`, where there is nothing yet whose rights it takes.
+  bool Place(const std::string& source) {
+    std::error_code error;
+    const fs::file_status status = fs::status(source, error);
+    if (!error) fs::permissions(path_, status.permissions(), error);
+    return isPlaced_ = Host::Default().files.Replace(path_, target_);
+  }
 
  private:
+  // A name that cannot be looked up is told when the file is made.
+  static bool IsFreeName(const std::string& path) {
+    std::error_code error;
+    return !fs::exists(fs::symlink_status(path, error));
+  }
+
   const std::string path_;
   const std::string target_;
   const bool isFree_;
@@ -127,17 +142,32 @@ std::nullopt_t Fail(const std::string& path, std::string_view why) {
   return std::nullopt;
 }
 
-// Where the upgraded file goes. None, with the reason said, when nothing may be written there.
-std::optional<std::string> TargetOf(const std::string& path, const Options& options) {
+bool IsReadOnly(const std::string& path) {
+  const auto status = Host::Default().files.Status(path);
+  return status && status->readOnly;
+}
+
+bool IsSameFile(const fs::path& a, const fs::path& b) {
+  std::error_code error;
+  return fs::equivalent(a, b, error);
+}
+
+// Where the upgraded file goes. None, with the reason said, when nothing may be written there: what has been
+// made already and the recordings themselves are not overwritten by any force.
+std::optional<std::string> TargetOf(const std::string& path, const Options& options, const Targets& made) {
   if (options.inPlace) {
-    const auto status = Host::Default().files.Status(path);
-    if (!status || !status->readOnly) return path;
-    return Fail(path, "The recording is read-only and stays as it is.");
+    if (IsReadOnly(path)) return Fail(path, "The recording is read-only and stays as it is.");
+    return path;
   }
   const fs::path target = fs::path(options.folder) / fs::path(path).filename();
-  std::error_code error;
-  if (fs::equivalent(target, path, error))
+  const auto isTarget = [&target](const std::string& other) { return IsSameFile(target, other); };
+  if (isTarget(path))
     return Fail(path, "The output would overwrite the recording that it comes from. That is for --in-place.");
+  if (std::any_of(options.paths.begin(), options.paths.end(), isTarget))
+    return Fail(path, "The output would overwrite another of the recordings.");
+  if (std::any_of(made.begin(), made.end(), isTarget))
+    return Fail(path, "The output would overwrite that of another recording of the same name.");
+  if (IsReadOnly(target.string())) return Fail(target.string(), "The file is read-only and stays as it is.");
   return IsFree(target.string(), options.force) ? std::optional(target.string()) : std::nullopt;
 }
 
@@ -176,13 +206,13 @@ std::optional<std::vector<std::string>> WriteUpgraded(CRecordingFile& recording,
   if (!recording.SaveCopy(staged.Path())) return Fail(path, WhyNotSaved(recording, modal));
   auto losses = LossesOfCopy(recording, staged.Path());
   if (!losses) return Fail(path, "The upgraded file does not hold the same data and was removed.");
-  if (!staged.Place()) return Fail(target, "The file cannot be put into its place.");
+  if (!staged.Place(path)) return Fail(target, "The file cannot be put into its place.");
   return losses;
 }
 
-Result Upgrade(const std::string& path, const Options& options, const Output& output) {
+Result Upgrade(const std::string& path, const Options& options, const Targets& made, const Output& output) {
   Result result{.path = path};
-  result.target = TargetOf(path, options);
+  result.target = TargetOf(path, options, made);
   if (!result.target) return result;
   Progress progress(path, SizeOf(path), output);
   UpgradeFiles files(Host::Default().files, progress);
@@ -190,6 +220,11 @@ Result Upgrade(const std::string& path, const Options& options, const Output& ou
   Host host{files, Host::Default().profile, modal, Host::Default().process};
   CRecordingFile recording(0, host);
   if (!recording.OpenFile(path)) return result;
+  // Quotes and blanks around a path are dropped when it is opened.
+  if (!IsSameFile(recording.filePath, path)) {
+    Complain(path, "The name opens another file; it cannot be upgraded under this one.");
+    return result;
+  }
   const auto losses = WriteUpgraded(recording, path, *result.target, modal);
   if (!losses) return result;
   result.losses = *losses;
@@ -225,8 +260,10 @@ ExitCode Run(const Options& options) {
   std::error_code error;
   if (!options.inPlace) fs::create_directories(options.folder, error);
   ExitCode code = kDone;
+  Targets made;
   for (const std::string& path : options.paths) {
-    const Result result = Upgrade(path, options, *output);
+    const Result result = Upgrade(path, options, made, *output);
+    if (result.code != kFailed) made.push_back(*result.target);
     code = Worse(code, result.code);
     if (!output->Write(options.json ? AsJson(result) : AsText(result))) break;
   }

@@ -345,6 +345,50 @@ TEST(Creating, ImpossibleWidthsAndFullDisksLeaveNoFile) {
   EXPECT_EQ(created.recording.file, nullptr);
 }
 
+TEST(Creating, AFailureLetsGoOfWhatWasOpenAndLeavesItAsItWas) {
+  for (const int kind : {kContinuous, kAverage}) {
+    const std::vector<float> values = {1, 2, 3, 4};
+    CreatedRecording created(static_cast<DataKind>(kind), 2);
+    created.Setup().pointCount = 2;
+    created.Create();
+    if (kind == kContinuous) created.recording.AppendContinuousFloat(values.data(), 16);
+    if (kind == kAverage) created.recording.WriteAverageSection(values.data(), 16, 1);
+    const Bytes saved = created.Saved();
+    ASSERT_TRUE(created.recording.OpenFile(CreatedRecording::kPath));
+    created.test.memory.Put("/locked.rec", {});
+    created.test.memory.SetStatus("/locked.rec", {.readOnly = true});
+    EXPECT_FALSE(created.recording.CreateFile("/locked.rec", 4));
+    EXPECT_FALSE(created.recording.AppendContinuousFloat(values.data(), 16));
+    EXPECT_FALSE(created.recording.SaveAndClose(0));
+    EXPECT_EQ(created.test.memory.Contents(CreatedRecording::kPath), saved);
+  }
+}
+
+TEST(Creating, NothingIsWrittenIntoARecordingThatWasOpened) {
+  CreatedRecording created(kContinuous, 2);
+  created.Create();
+  const Bytes saved = created.Saved();
+  ASSERT_TRUE(created.recording.OpenFile(CreatedRecording::kPath));
+  const float values[4] = {};
+  EXPECT_FALSE(created.recording.AppendContinuousFloat(values, sizeof values));
+  EXPECT_FALSE(created.recording.AppendEpochHead(1, 1, 1, 1, 1));
+  EXPECT_FALSE(created.recording.AppendEpochFloat(values, sizeof values));
+  EXPECT_EQ(created.recording.WriteAverageSection(values, sizeof values, 1), 0);
+  EXPECT_EQ(created.recording.WriteVarianceSection(values, sizeof values), 0);
+  EXPECT_FALSE(created.recording.WriteEventTable());
+  CTFDEpoch data(&created.Setup(), 0);
+  EXPECT_FALSE(created.recording.WriteTimeFrequencyData(&data));
+  EXPECT_EQ(created.test.memory.Contents(CreatedRecording::kPath), saved);
+}
+
+TEST(Creating, AnotherNumberOfChannelsThanThereIsRoomForIsNotWhole) {
+  CreatedRecording created(kContinuous, 2);
+  created.Create();
+  created.Setup().channelCount = 1;
+  EXPECT_TRUE(created.recording.SaveAndClose(0));
+  EXPECT_FALSE(created.recording.IsSavedWhole());
+}
+
 TEST(Creating, FilesAreReadOnlyWhenTheProfileWantsIt) {
   for (const int wanted : {0, 1}) {
     CreatedRecording created(kContinuous, 2);

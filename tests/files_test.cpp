@@ -71,6 +71,13 @@ TYPED_TEST(Files, CreatingMakesOrEmptiesAndAllowsReading) {
   EXPECT_TRUE(file->Flush());
 }
 
+TYPED_TEST(Files, NewFilesAreMadeOnlyWhereThereIsNone) {
+  ASSERT_NE(this->Open("a", OpenMode::kCreateNew), nullptr);
+  this->Make("a", "kept");
+  EXPECT_EQ(this->Open("a", OpenMode::kCreateNew), nullptr);
+  EXPECT_EQ(this->TextOf("a"), "kept");
+}
+
 TYPED_TEST(Files, ModesThatDoNotCreateRefuseWhatIsNotThereAndSayWhy) {
   for (const OpenMode mode : {OpenMode::kReadOnly, OpenMode::kReadWrite}) {
     std::string why;

@@ -84,6 +84,31 @@ TEST(Opening, AnObjectServesOneFileAfterTheOther) {
   EXPECT_EQ(recording.GetContinuousSampleCount(), 6u);
 }
 
+// What a client may have asked of the file before stays true of it; its heads are not taken for the next
+// one's.
+TEST(Opening, AFileThatIsRefusedLeavesWhereTheSamplesOfTheOneBeforeBegan) {
+  OpenedRecording opened(RecordingBuilder().Revision(13).Channels(2).Samples({1, 2, 3, 4}));
+  const int dataStart = opened.recording.dataStart;
+  opened.test.memory.Put("many.rec", RecordingBuilder().Channels(2).Samples({1, 2}).PutU16(370, 600).Build());
+  EXPECT_FALSE(opened.recording.OpenFile("many.rec"));
+  EXPECT_EQ(opened.recording.dataStart, dataStart);
+  EXPECT_EQ(opened.recording.headerRevision, 13);
+}
+
+TEST(Opening, HeadsOfAFileThatWasNotClosedAreNotThoseOfTheNext) {
+  const auto epochsOf = [](std::uint16_t trialType) {
+    return RecordingBuilder().Epoched().Channels(1).Points(1).Epochs(
+        {{.trialType = trialType, .samples = {1}}});
+  };
+  OpenedRecording opened(epochsOf(11));
+  opened.test.memory.Put("next.rec", epochsOf(22).Build());
+  std::uint16_t trialType = 0;
+  ASSERT_TRUE(opened.recording.GetEpochInfo(0, &trialType, nullptr, nullptr, nullptr, nullptr));
+  ASSERT_TRUE(opened.recording.OpenFile("next.rec"));
+  ASSERT_TRUE(opened.recording.GetEpochInfo(0, &trialType, nullptr, nullptr, nullptr, nullptr));
+  EXPECT_EQ(trialType, 22);
+}
+
 TEST(Opening, ImpossibleRatesAreReportedAndTheSamplesStayReadable) {
   OpenedRecording zero(RecordingBuilder(SmallRecording()).PutU16(376, 0));
   EXPECT_TRUE(zero.isOpen);

@@ -137,6 +137,12 @@ TEST_F(ProfileFile, WhatCannotBeReadOrWrittenIsLeftAlone) {
   EXPECT_EQ(store_.GetInt("State", "AutoReadOnly", 0), 1);
 }
 
+TEST_F(ProfileFile, AValueThatWouldMakeTheFileUnreadableIsRefused) {
+  EXPECT_TRUE(store_.SetString("State", "SetupFile", "a.ast"));
+  EXPECT_FALSE(store_.SetString("State", "Big", std::string(2 << 20, 'x')));
+  EXPECT_EQ(store_.GetString("State", "SetupFile", ""), "a.ast");
+}
+
 TEST_F(ProfileFile, WithoutAHomeNothingIsKept) {
   FileProfileStore homeless(files_, "");
   EXPECT_FALSE(homeless.SetInt("State", "AutoReadOnly", 1));

@@ -174,5 +174,47 @@ TEST(RoundTrip, RecordsThatNobodyReadStayInTheTail) {
   }
 }
 
+// Epochs have no labels and no corrections, and one marker that is not whole hides all of them.
+TEST(RoundTrip, RecordsThatTheKindDoesNotReadAndThoseThatAreBrokenStay) {
+  std::vector<StoredRecord> tail =
+      PlainSetupSections(1, [](CSetup& setup) { setup.dataKind = kEpochs, setup.pointCount = 2; });
+  const std::vector<StoredRecord> kept = {{tag::kMarker, 0, MarkerBytes({})},
+                                          {tag::kMarker, 0, Bytes(40, std::byte{1})},
+                                          {tag::kLabel, 0, LabelBytes("label", 7)},
+                                          {tag::kOverlayParameters, 0, ParametersBytes()},
+                                          {tag::kOverlayRow, 0, RowBytes(1, {100})}};
+  tail.insert(tail.end(), kept.begin(), kept.end());
+  OpenedRecording opened(
+      RecordingBuilder().Epoched().Channels(1).Points(2).Epochs({{.samples = {1, 2}}}).Tail(tail));
+  ASSERT_TRUE(opened.recording.SaveAndClose(0));
+  ASSERT_TRUE(opened.recording.OpenFile("test.rec"));
+  const Bytes saved = *opened.test.memory.Contents("test.rec");
+  StoredContainer container(std::span<const std::byte>(saved).subspan(opened.recording.TailPosition()));
+  std::vector<Bytes> payloads;
+  for (const StoredRecord& record : container.records) {
+    if (record.tag == tag::kMarker || record.tag == tag::kLabel || record.tag == tag::kOverlayParameters ||
+        record.tag == tag::kOverlayRow) {
+      payloads.push_back(record.payload);
+    }
+  }
+  std::vector<Bytes> expected;
+  for (const StoredRecord& record : kept) expected.push_back(record.payload);
+  EXPECT_EQ(payloads, expected);
+}
+
+// Parameters that ask not to be saved without rows still stand behind the segments that were read with them.
+TEST(RoundTrip, SegmentsWithoutRowsGoOnBeingLaidOver) {
+  std::vector<StoredRecord> tail = PlainSetupSections(1);
+  tail.push_back({tag::kOverlayParameters, 0, ParametersBytes(0, 0, 1, 0)});
+  for (StoredRecord& record : SegmentSections({{0, 4, 1, {2.0}}})) tail.push_back(std::move(record));
+  OpenedRecording opened(RecordingBuilder().Channels(1).Samples({10, 20, 30, 40}).Tail(tail));
+  const std::vector<float> before = opened.Microvolts(0, 4);
+  ASSERT_TRUE(opened.recording.SaveAndClose(0));
+  ASSERT_TRUE(opened.recording.OpenFile("test.rec"));
+  EXPECT_EQ(opened.Microvolts(0, 4), before);
+  EXPECT_NE(before[0], 10.0F);
+  EXPECT_TRUE(opened.recording.overlay.HasSegments());
+}
+
 }  // namespace
 }  // namespace wavelock

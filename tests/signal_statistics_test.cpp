@@ -76,6 +76,12 @@ TEST(SignalStatistics, NothingToWorkOnIsRefused) {
   EXPECT_FALSE(stats.Prepare(-2, 3, none));
   EXPECT_FALSE(stats.Prepare(2, -3, none));
   EXPECT_EQ(stats.GetChannelRatio(0, 0, 1, 1, 2, 0), -1);
+
+  const int one[] = {1};
+  EXPECT_TRUE(stats.Prepare(1, 10, one));
+  EXPECT_FALSE(stats.Prepare(100, 10, nullptr));
+  stats.Load(std::vector<float>(1000));
+  EXPECT_EQ(stats.GetNoise(0, 5, 0), -1);
 }
 
 // Three channels of 40 points at 100 Hz, of which the first 20 lie before time zero and are quieter. The last

@@ -179,11 +179,13 @@ TEST(Upgrading, DataThatAreNotUnderstoodStay) {
                               .PutU16(362, 1)
                               .Build();
   const Bytes blockless = Continuous().Layout(3).PutU32(894, 0).Build();
-  for (const Bytes& bytes : {cut, uncounted, blockless}) {
+  const Bytes longAverage =
+      RecordingBuilder().Averaged().Channels(1).Points(2).Data(Bytes(2 * (5 + 8))).Build();
+  for (const Bytes& bytes : {cut, uncounted, blockless, longAverage}) {
     OpenedRecording opened(bytes);
     EXPECT_TRUE(opened.isOpen);
     EXPECT_FALSE(opened.recording.SaveAndClose(0));
-    EXPECT_NE(opened.recording.file, nullptr);
+    EXPECT_TRUE(opened.recording.file || opened.recording.keptData);
     EXPECT_EQ(opened.test.memory.Contents("test.rec"), bytes);
     EXPECT_FALSE(opened.test.memory.Exists("test.rec.0.new"));
   }

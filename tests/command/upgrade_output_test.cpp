@@ -115,6 +115,7 @@ TEST_F(UpgradeOutput, WhatHasNoPlaceIsTold) {
                                       .Points(2)
                                       .Epochs({{.samples = {1, 2}}})
                                       .Append(std::vector<std::byte>(3))},
+      {"a text of the header, \\\"electrode 5 fell off", Plain().PutText(257, "- electrode 5 fell off")},
   };
   for (const auto& [told, recording] : kCases) {
     SCOPED_TRACE(told);
@@ -159,6 +160,39 @@ TEST_F(UpgradeOutput, NothingIsOverwrittenUnasked) {
   EXPECT_EQ(folder.Wavelock("upgrade --in-place a.rec").exitCode, 1);
   EXPECT_EQ(folder.Text("a.rec.unverified"), "mine");
   EXPECT_TRUE(folder.Text("a.rec") == recording);
+}
+
+TEST_F(UpgradeOutput, NoForceOverwritesARecordingThatIsToBeUpgradedOrWhatWasJustMade) {
+  std::filesystem::create_directory(folder.Path("a"));
+  std::filesystem::create_directory(folder.Path("b"));
+  folder.Put("a/x.rec", WithTail());
+  folder.Put("b/x.rec", Plain());
+  const std::string mine = folder.Text("b/x.rec");
+  EXPECT_THAT(folder.Wavelock("upgrade --force -o b a/x.rec b/x.rec").err,
+              HasSubstr("another of the recordings"));
+  EXPECT_TRUE(folder.Text("b/x.rec") == mine);
+  EXPECT_THAT(folder.Wavelock("upgrade --force -o out a/x.rec b/x.rec").err, HasSubstr("of the same name"));
+  std::filesystem::permissions(folder.Path("out/x.rec"), std::filesystem::perms::owner_read);
+  EXPECT_THAT(folder.Wavelock("upgrade --force -o out a/x.rec").err, HasSubstr("read-only"));
+}
+
+TEST_F(UpgradeOutput, NamesArePathsAsTheyStand) {
+  folder.Put("n.rec", WithTail());
+  folder.Put("n.rec ", Plain().Revision(9));
+  const std::string mine = folder.Text("n.rec ");
+  EXPECT_EQ(folder.Wavelock("upgrade --in-place 'n.rec '").exitCode, 1);
+  EXPECT_TRUE(folder.Text("n.rec ") == mine);
+  const std::string longName(250, 'x');
+  folder.Put(longName, Plain());
+  EXPECT_THAT(Json("--in-place " + longName + " n.rec", 1).back().at("status"), "done");
+}
+
+TEST_F(UpgradeOutput, CopiesAreReadByThoseWhoMayReadTheRecording) {
+  folder.Put("a.rec", WithTail());
+  constexpr auto kOwner = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
+  std::filesystem::permissions(folder.Path("a.rec"), kOwner);
+  EXPECT_EQ(folder.Wavelock("upgrade -o out a.rec").exitCode, 0);
+  EXPECT_EQ(std::filesystem::status(folder.Path("out/a.rec")).permissions(), kOwner);
 }
 
 TEST_F(UpgradeOutput, ReadOnlyRecordingsStay) {

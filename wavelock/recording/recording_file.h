@@ -139,6 +139,9 @@ class CRecordingFile {
   // 0 for every kind but continuous.
   virtual int GetEventCount();
 
+  // Where the table of events lies, and the samples end, in layouts that have one.
+  std::uint64_t EventTablePosition() const;
+
   // Reads the events in whatever form they are stored. False when they cannot be read; the table is then
   // empty. False as well, with the table as it was, when no file is open or it is of another kind.
   bool ReadEvents();
@@ -325,7 +328,6 @@ class CRecordingFile {
   void ReadAnnotations(CTffFile& tail, int fileClass);
   std::unique_ptr<OverlayPass> StartCorrections(std::uint64_t start, int skipPolynomials, int skipRows);
 
-  std::uint64_t EventTablePosition() const;
   bool IsContinuousRange(std::uint64_t start, std::uint64_t end);
   bool ReadStored(std::uint64_t start, std::uint64_t end, std::span<std::byte> out);
   bool ReadRecords(std::uint64_t start, std::uint64_t count, std::byte* out);
