@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "tests/support/test_host.h"
 #include "wavelock/prompts/colours.h"

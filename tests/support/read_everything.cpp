@@ -5,6 +5,8 @@
 #include <iterator>
 #include <utility>
 
+#include "wavelock/annotations/epoch_info.h"
+
 namespace wavelock {
 namespace {
 
@@ -52,13 +54,9 @@ void ReadEpoch(CRecordingFile& recording, std::uint32_t index) {
     recording.ReadEpochRaw(index, RoomFor<std::byte>(rawBytes), static_cast<std::uint32_t>(rawBytes));
     recording.ReadEpochFloat(index, RoomFor<float>(floatBytes), static_cast<std::uint32_t>(floatBytes));
   }
-  std::uint16_t trialType = 0;
-  std::uint16_t correct = 0;
-  std::uint16_t response = 0;
-  std::uint8_t accept = 0;
-  float reactionTime = 0;
-  recording.GetEpochInfo(static_cast<std::int32_t>(index), &trialType, &accept, &correct, &reactionTime,
-                         &response);
+  EpochInfo info;
+  recording.GetEpochInfo(static_cast<std::int32_t>(index), &info.trialType, &info.accept, &info.correct,
+                         &info.reactionTime, &info.response);
 }
 
 void ReadEpochs(CRecordingFile& recording) {
