@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
 
 #include "tests/support/byte_writer.h"
 #include "tests/support/created_recording.h"
@@ -128,7 +129,8 @@ TEST_P(CreatedBytes, AveragesAreSumsOfUnscaledValuesWithVarianceAndStatistics) {
   CSetup& setup = created.Setup();
   setup.pointCount = 2;
   setup.acceptedSweeps = 3;
-  setup.channels[0].sweeps = setup.channels[1].sweeps = 3;
+  setup.channels[0].sweeps = 3;
+  setup.channels[1].sweeps = 2;
   created.Create();
   const std::vector<float> values = {1, 10, 2, 20};
   const std::vector<float> sweeps = {1, 4, 2, 5, 3, 6};
@@ -139,7 +141,7 @@ TEST_P(CreatedBytes, AveragesAreSumsOfUnscaledValuesWithVarianceAndStatistics) {
   EXPECT_EQ(recording.WriteAverageSection(sweeps.data(), BytesOfFloats(sweeps), 4), 2 * 3 * 4);
   EXPECT_EQ(recording.WriteAverageSection(sweeps.data(), BytesOfFloats(sweeps), 2), 0);
   ByteWriter data;
-  data.Zeros(5).F32(1.5F).F32(3).Zeros(5).F32(30).F32(60);  // times 3 sweeps, by a scale of 2 and of 1
+  data.Zeros(5).F32(1.5F).F32(3).Zeros(5).F32(20).F32(40);  // times 3 and 2 sweeps, by a scale of 2 and of 1
   data.F32(1).F32(2).F32(10).F32(20);
   for (int i = 0; i < 2; ++i) data.F32(1).F32(2).F32(3).F32(4).F32(5).F32(6);
   const Bytes file = created.Saved();
@@ -155,16 +157,16 @@ TEST_P(CreatedBytes, PairsAndTheMatrixThatFindsThem) {
   setup.pointCount = 2;
   setup.spectrumPoints = 4;
   created.Create();
-  CTFDPaired pairs(&setup, 1);
-  pairs.pairIndex[0][0] = 1;
-  pairs.real[0][0] = 1;
-  pairs.real[0][1] = 2;
-  pairs.imaginary[0][0] = 3;
-  pairs.imaginary[0][1] = 4;
+  CTFDPaired pairs(&setup, 2);
+  pairs.pairIndex[0][0] = pairs.pairIndex[0][1] = pairs.pairIndex[1][1] = 1;
+  std::iota(pairs.real.All().begin(), pairs.real.All().end(), 1.0F);
+  std::iota(pairs.imaginary.All().begin(), pairs.imaginary.All().end(), 5.0F);
   ASSERT_TRUE(created.recording.WritePairedData(&pairs));
+  const std::uint32_t apart = GetParam() == 4 ? 40 : 24;
   ByteWriter data;
-  data.U16(1).U16(0).U32(0).F32(1).F32(2).F32(3).F32(4);
-  data.U32(0).U32(kDataStart).U32(kDataStart).U32(0);
+  data.U16(1).U16(0).U32(0).F32(1).F32(2).F32(5).F32(6).Zeros(apart - 24);
+  data.U16(1).U16(1).U32(0).F32(3).F32(4).F32(7).F32(8);
+  data.U32(0).U32(kDataStart).U32(kDataStart).U32(kDataStart + apart);
   pairs.pairIndex[1][0] = 2;
   EXPECT_FALSE(created.recording.WritePairedData(&pairs)) << "there is no such channel";
   EXPECT_FALSE(created.recording.WritePairedData(nullptr));
