@@ -1,5 +1,4 @@
 // wavelock demo: recordings of a made-up session, to try everything else on.
-#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -9,6 +8,7 @@
 #include "cli/complaint.h"
 #include "cli/demo_recordings.h"
 #include "cli/options.h"
+#include "cli/output.h"
 #include "cli/subcommands.h"
 #include "wavelock/platform/host.h"
 
@@ -35,19 +35,10 @@ struct Options {
   bool force = false;
 };
 
-bool IsFree(const fs::path& path) {
-  std::error_code error;
-  if (!fs::exists(path, error)) return true;
-  Complain(path.string(), "The file exists. With --force it is overwritten.");
-  return false;
-}
-
 ExitCode Run(const Options& options) {
   const fs::path folder = options.folder;
-  if (!options.force) {
-    for (const std::string& name : DemoFileNames()) {
-      if (!IsFree(folder / name)) return kFailed;
-    }
+  for (const std::string& name : DemoFileNames()) {
+    if (!IsFree((folder / name).string(), options.force)) return kFailed;
   }
   std::error_code error;
   fs::create_directories(folder, error);
