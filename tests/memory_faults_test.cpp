@@ -204,7 +204,7 @@ TEST(MemoryFaults, SavingAnOpenedRecordingLeavesTheOldFileOrAWholeNewOne) {
 
 // Makers have small requests of their own.
 TEST(MemoryFaults, AMadeRecordingIsWholeOrNone) {
-  smallest = 2000;
+  smallest = 4000;
   std::size_t total = 0;
   for (const NamedMaker& maker : MakersOfEveryKind()) {
     SCOPED_TRACE(maker.name);

@@ -115,7 +115,7 @@ TEST_F(UpgradeOutput, WhatHasNoPlaceIsTold) {
                                       .Points(2)
                                       .Epochs({{.samples = {1, 2}}})
                                       .Append(std::vector<std::byte>(3))},
-      {"a text of the header, \\\"electrode 5 fell off", Plain().PutText(257, "- electrode 5 fell off")},
+      {"a text of the header, \\\"- electrode 5 fell off", Plain().PutText(257, "- electrode 5 fell off")},
   };
   for (const auto& [told, recording] : kCases) {
     SCOPED_TRACE(told);
