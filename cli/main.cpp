@@ -1,4 +1,7 @@
 // The wavelock command: data goes to standard output, words go to standard error.
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
 #include <csignal>
 #include <exception>
 #include <string>

@@ -1,5 +1,8 @@
 #include "cli/output.h"
 
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>

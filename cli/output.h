@@ -1,15 +1,16 @@
 // Where data goes: standard output, or a file that is not overwritten by accident.
 #pragma once
 
-#include <CLI/App.hpp>
-#include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
 #include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <span>
 #include <string>
 #include <string_view>
+
+namespace CLI {
+class App;
+}
 
 namespace wavelock::command {
 

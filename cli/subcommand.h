@@ -2,10 +2,11 @@
 // known.
 #pragma once
 
-#include <CLI/App.hpp>
-#include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
 #include <functional>
+
+namespace CLI {
+class App;
+}
 
 namespace wavelock::command {
 
