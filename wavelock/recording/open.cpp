@@ -53,6 +53,7 @@ CRecordingFile::~CRecordingFile() = default;
 
 bool CRecordingFile::OpenFile(std::string path) try {
   StartOver();
+  kindPromptDone = 0;
   if (!OpenFromDisk(CleanPath(std::move(path)))) return false;
   auto watchedFile = std::make_unique<WatchedFile>(std::move(file));
   const WatchedFile& watched = *watchedFile;
@@ -77,7 +78,6 @@ bool CRecordingFile::OpenFile(std::string path) try {
 }
 
 void CRecordingFile::StartOver() {
-  kindPromptDone = 0;
   keptData.reset();
   ClearEpochHeaders();
   opened_ = {};
