@@ -89,8 +89,7 @@ std::optional<Extent> ExtentOfData(CRecordingFile& recording) {
   const RecordingHeader& header = recording.rawHeader.header;
   const auto start = static_cast<std::uint64_t>(std::max(recording.dataStart, 0));
   const std::uint64_t channels = header.channelCount;
-  const std::uint64_t next =
-      recording.HasTail() ? std::min(recording.TailPosition(), recording.fileSize) : recording.fileSize;
+  const std::uint64_t next = recording.DataEnd();
   switch (recording.GetFileClass(&recording.rawHeader)) {
     case kContinuous:
       return ExtentOfSamples(recording);

@@ -88,6 +88,9 @@ class CRecordingFile {
   bool HasTail() const;
   std::uint64_t TailPosition() const;
 
+  // Where the data ends at the latest: with the file, or where the container begins.
+  std::uint64_t DataEnd() const;
+
   // Bytes of the block at the start of a file with the setup's channels.
   int HeaderSize() const;
 
@@ -369,7 +372,6 @@ class CRecordingFile {
   bool CopyBytes(std::uint64_t from, std::uint64_t count, File& target);
   bool CopySamples(File& target);
   bool CopyEpochs(File& target);
-  std::uint64_t DataEnd() const;
   bool LacksStatistics();
   bool CopySections(File& target);
   bool CopySectionRows(int section, const SectionRules& rules, File& target);

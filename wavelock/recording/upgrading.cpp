@@ -107,7 +107,6 @@ bool CRecordingFile::IsWrittenAnew(std::uint32_t tag) const {
   }
 }
 
-// Where the data ends at the latest.
 std::uint64_t CRecordingFile::DataEnd() const {
   return HasTail() ? std::min(TailPosition(), fileSize) : fileSize;
 }
