@@ -6,7 +6,6 @@
 #include <cstring>
 #include <map>
 #include <memory>
-#include <optional>
 #include <tuple>
 
 #include "cli/counted.h"
@@ -66,50 +65,8 @@ void AddWordsBesideSamples(const CRecordingFile& recording, std::uint64_t sample
 
 // ---- bytes that belong to nothing
 
-struct Extent {
-  std::uint64_t end;   // of what the header counts
-  std::uint64_t next;  // of what follows it
-};
-
-Extent ExtentOfSamples(CRecordingFile& recording) {
-  const RecordingHeader& header = recording.rawHeader.header;
-  const int layout = header.sampleLayout;
-  const std::uint64_t words = std::uint64_t{header.channelCount} + (layout == kWithTriggers      ? 2
-                                                                    : layout == kWithLeadingWord ? 1
-                                                                                                 : 0);
-  const std::uint64_t end =
-      recording.GetContinuousSampleCount() * words * static_cast<std::uint64_t>(recording.sampleWidth) +
-      static_cast<std::uint64_t>(std::max(recording.dataStart, 0));
-  const bool hasTable = layout != kWithTriggers && layout != kWithLeadingWord;
-  return {end, hasTable ? std::min(recording.EventTablePosition(), recording.fileSize) : recording.fileSize};
-}
-
-// Where the data of a recording end, as far as the header tells it.
-std::optional<Extent> ExtentOfData(CRecordingFile& recording) {
-  const RecordingHeader& header = recording.rawHeader.header;
-  const auto start = static_cast<std::uint64_t>(std::max(recording.dataStart, 0));
-  const std::uint64_t channels = header.channelCount;
-  const std::uint64_t next = recording.DataEnd();
-  switch (recording.GetFileClass(&recording.rawHeader)) {
-    case kContinuous:
-      return ExtentOfSamples(recording);
-    case kEpochs:
-      return Extent{recording.GetEpochPosition(static_cast<std::int32_t>(recording.GetEpochCount())), next};
-    case kAverage:
-    case kAverageWithStatistics: {
-      const std::uint64_t points = std::uint64_t{header.pointCount} * (header.hasVariance != 0 ? 2 : 1);
-      const std::uint64_t end = start + channels * (5 + 4 * points);
-      // A plain average counts its sweeps whether or not it has sections of them.
-      const std::uint64_t endOfSweeps = end + channels * 8 * std::uint64_t{header.acceptedSweeps};
-      return Extent{endOfSweeps <= next ? endOfSweeps : end, next};
-    }
-    default:
-      return std::nullopt;
-  }
-}
-
 void AddBytesBehindData(CRecordingFile& recording, std::vector<std::string>& parts) {
-  const std::optional<Extent> data = ExtentOfData(recording);
+  const auto data = recording.ExtentOfData();
   if (data && data->end < data->next)
     parts.push_back(Counted(data->next - data->end, "byte") + " behind the data");
 }

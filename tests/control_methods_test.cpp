@@ -215,35 +215,5 @@ TEST(ControlMethods, AfterACloseAnswerForTheLastFile) {
   EXPECT_FALSE(HasEpochInfo(s.control));
 }
 
-TEST(ControlMethods, ControlIsDrawnAsAnEllipseOnWhiteAndStoresItsVersionAlone) {
-  struct Picture : Canvas {
-    void FillRectangle(const Rectangle& area, Brush brush) noexcept override {
-      EXPECT_EQ(brush, Brush::kWhite);
-      areas.push_back(area);
-    }
-    void DrawEllipse(const Rectangle& bounds) noexcept override { areas.push_back(bounds); }
-    std::vector<Rectangle> areas;
-  };
-  struct Bag : PropertyBag {
-    bool IsLoading() const noexcept override { return false; }
-    bool LoadNumber(const char*, std::uint32_t*) noexcept override { return false; }
-    bool SaveNumber(const char* name, std::uint32_t value) noexcept override {
-      EXPECT_EQ(std::string(name), "_Version");
-      EXPECT_EQ(value, 0x00010000u);
-      return works;
-    }
-    bool works = true;
-  };
-  Setting s;
-  const Rectangle bounds{.left = 1, .top = 2, .right = 30, .bottom = 40};
-  Picture picture;
-  s.control.OnDraw(picture, bounds);
-  EXPECT_THAT(picture.areas, ElementsAre(bounds, bounds));
-  Bag bag;
-  EXPECT_TRUE(s.control.DoPropExchange(bag));
-  bag.works = false;
-  EXPECT_FALSE(s.control.DoPropExchange(bag));
-}
-
 }  // namespace
 }  // namespace wavelock

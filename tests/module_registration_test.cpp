@@ -131,9 +131,6 @@ TEST(ModuleRegistration, FileRegistryKeepsTheTreeAndGoesWhenItIsEmpty) {
 
 TEST(ModuleClasses, FactoriesMakeTheirClassesAlone) {
   Setting s;
-  ASSERT_EQ(CControlModule::Classes().size(), 2u);
-  EXPECT_STREQ(CControlModule::Classes()[0].programmaticId, "WAVELOCK.WavelockCtrl.1");
-  EXPECT_STREQ(CControlModule::Classes()[1].programmaticId, "WAVELOCK.WavelockPropPage.1");
   Reference<ClassFactory> factory;
   EXPECT_EQ(s.module.GetClassObject(Identifier(), ClassFactory::kId, factory.Receive()),
             Result::kClassNotAvailable);
@@ -168,20 +165,6 @@ TEST(ModuleClasses, ModuleStaysWhileAnythingOfItIsHeld) {
   EXPECT_EQ(s.module.CanUnloadNow(), Result::kNo);
   embedded.Reset();
   EXPECT_EQ(s.module.CanUnloadNow(), Result::kDone);
-}
-
-TEST(ModuleClasses, PropertyPageSaysWhatItIsAndOffersNothing) {
-  Setting s;
-  Reference<ClassFactory> factory;
-  ASSERT_EQ(s.module.GetClassObject(kPropertyPageClassId, ClassFactory::kId, factory.Receive()),
-            Result::kDone);
-  Reference<PropertyPage> page;
-  ASSERT_EQ(factory->CreateInstance(PropertyPage::kId, page.Receive()), Result::kDone);
-  const PropertyPageInfo& info = *page->GetPageInfo();
-  EXPECT_STREQ(info.caption, "General");
-  EXPECT_EQ(info.propertyCount, 0u);
-  s.host.user.ExpectDialog("CWavelockPropPage", {.accept = false});
-  EXPECT_FALSE(page->Show());
 }
 
 // The user's own files lie in a folder of the test while it lives.

@@ -7,7 +7,6 @@
 #include <sstream>
 
 #include "tests/command/run_command.h"
-#include "wavelock/recording/recording_file.h"
 
 namespace wavelock {
 namespace {
@@ -73,43 +72,6 @@ TEST_F(DemoOutput, FilesThatExistAreOverwrittenByForceAlone) {
   EXPECT_EQ(folder.Text("d/pairs.rec"), "mine");
   EXPECT_EQ(folder.Wavelock("demo d --force").exitCode, 0);
   EXPECT_THAT(folder.Wavelock("info d/pairs.rec").out, HasSubstr("time-frequency"));
-}
-
-// ---- what the files hold belongs together
-
-constexpr std::size_t kChannels = 32;
-constexpr std::size_t kPoints = 256;
-constexpr std::uint16_t kRare = 2;
-
-TEST_F(DemoOutput, AveragesAreThoseOfTheEpochsThatTheContinuousRecordingHas) {
-  CRecordingFile continuous(1);
-  CRecordingFile epochs(1);
-  CRecordingFile average(1);
-  ASSERT_TRUE(continuous.OpenFile(folder.Path("d/continuous.rec")));
-  ASSERT_TRUE(epochs.OpenFile(folder.Path("d/epochs.rec")));
-  ASSERT_TRUE(average.OpenFile(folder.Path("d/average_statistics.rec")));
-  std::vector<std::uint32_t> tones;
-  for (const EventRecord& event : continuous.GetEventTable().Elements()) {
-    if (event.stimType != 0) tones.push_back(event.point);
-  }
-  ASSERT_EQ(epochs.GetEpochCount(), tones.size());
-  std::vector<double> sums(kPoints * kChannels);
-  std::vector<float> samples(sums.size());
-  int accepted = 0;
-  for (std::uint32_t i = 0; i < epochs.GetEpochCount(); ++i) {
-    const CTFDEpoch* const epoch = epochs.LoadDataObject(i);
-    ASSERT_NE(epoch, nullptr);
-    const auto values = epoch->main.All();
-    ASSERT_TRUE(continuous.ReadContinuousFloat(tones[i] - 64, tones[i] + 192, samples.data(),
-                                               kPoints * kChannels * 4, 0, 0));
-    ASSERT_TRUE(std::equal(values.begin(), values.end(), samples.begin(), samples.end())) << i;
-    if (epoch->epochInfo.accept == 0 || epoch->epochInfo.trialType != kRare) continue;
-    ++accepted;
-    for (std::size_t v = 0; v < values.size(); ++v) sums[v] += values[v];
-  }
-  EXPECT_EQ(average.GetSetup()->acceptedSweeps, accepted);
-  const auto mean = average.LoadDataObject(0)->main.All();
-  for (std::size_t v = 0; v < mean.size(); ++v) ASSERT_NEAR(mean[v], sums[v] / accepted, 1e-4) << v;
 }
 
 }  // namespace

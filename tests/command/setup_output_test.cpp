@@ -70,11 +70,6 @@ TEST_F(SetupOutput, SectionsAreListedAsTheyStandAlsoInFilesThatCannotBeOpened) {
   EXPECT_EQ(folder.Wavelock("sections missing.rec").exitCode, 1);
 }
 
-TEST_F(SetupOutput, FormatKnowsItsSections) {
-  for (const auto& [words, exitCode] : {std::pair("", 0), {" 1000", 0}, {" 5003", 0}, {" 4", 1}, {" x", 2}})
-    EXPECT_EQ(folder.Wavelock(std::string("format") + words).exitCode, exitCode) << words;
-}
-
 TEST_F(SetupOutput, PageOfTheFormatIsUpToDate) {
   std::ifstream page(WAVELOCK_FORMAT_PAGE, std::ios::binary);
   const std::string text{std::istreambuf_iterator<char>(page), {}};

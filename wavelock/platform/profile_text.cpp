@@ -79,17 +79,29 @@ struct Line {
   std::string_view value;  // still escaped
 };
 
+bool IsNothing(std::string_view line) {
+  return line.empty() || line.front() == ';' || line.front() == '#';
+}
+
 Line ParseLine(std::string_view text) {
   const std::string_view line = Trimmed(text);
-  if (line.empty() || line.front() == ';' || line.front() == '#') return {};
-  if (line.front() == '[' && line.back() == ']') {
-    return {.section = Unescaped(Trimmed(line.substr(1, line.size() - 2))), .key = {}, .value = {}};
+  if (IsNothing(line)) return {};
+  const std::size_t bracket = line.find(']');
+  if (line.front() == '[' && bracket != std::string_view::npos &&
+      IsNothing(Trimmed(line.substr(bracket + 1)))) {
+    return {.section = Unescaped(Trimmed(line.substr(1, bracket - 1))), .key = {}, .value = {}};
   }
   const std::size_t equals = line.find('=');
   if (equals == std::string_view::npos) return {};
   return {.section = {},
           .key = Unescaped(Trimmed(line.substr(0, equals))),
           .value = Trimmed(line.substr(equals + 1))};
+}
+
+// Editors may put a byte-order mark ahead of a text.
+std::size_t StartOf(std::string_view text) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  return text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
 }
 
 // Where an entry stands in the text, or where it belongs when it is missing.
@@ -104,7 +116,7 @@ Place Locate(std::string_view text, std::string_view section, std::string_view k
   Place place;
   place.start = text.size();
   bool inside = false;
-  for (std::size_t start = 0; start < text.size();) {
+  for (std::size_t start = StartOf(text); start < text.size();) {
     const std::size_t end = std::min(text.find('\n', start), text.size());
     const Line line = ParseLine(text.substr(start, end - start));
     if (line.section) inside = *line.section == section;
@@ -124,6 +136,7 @@ Place Locate(std::string_view text, std::string_view section, std::string_view k
 
 void ReadProfile(std::string_view text, const std::function<void(const std::string& section)>& onSection,
                  const std::function<void(const std::string& key, std::string value)>& onEntry) {
+  text.remove_prefix(StartOf(text));
   while (!text.empty()) {
     const std::size_t end = std::min(text.find('\n'), text.size());
     const Line line = ParseLine(text.substr(0, end));

@@ -301,16 +301,19 @@ bool CRecordingFile::LacksStatistics() {
   return !LiesInside(last.position, last.RowBytes() * rawHeader.header.channelCount, DataEnd());
 }
 
-// A header that counts too little leaves at least one channel's values behind the last section.
-bool CRecordingFile::CountsAllSections() {
+CRecordingFile::DataExtent CRecordingFile::ExtentOfSections() {
   const RecordingHeader& header = rawHeader.header;
-  const auto start = static_cast<std::uint64_t>(dataStart);
   int last = HasSection(header, kVarianceSection) ? kVarianceSection : kAverageSection;
   if (HasSection(header, kSecondFsp) && !LacksStatistics()) last = kSecondFsp;
-  const SectionShape shape = ShapeOf(header, last, start);
-  const std::uint64_t end = shape.position + shape.RowBytes() * header.channelCount;
-  const std::uint64_t next = DataEnd();
-  return next < end || next - end < ShapeOf(header, kAverageSection, start).RowBytes();
+  const SectionShape shape = ShapeOf(header, last, static_cast<std::uint64_t>(dataStart));
+  return {shape.position + shape.RowBytes() * header.channelCount, DataEnd()};
+}
+
+// A header that counts too little leaves at least one channel's values behind the last section.
+bool CRecordingFile::CountsAllSections() {
+  const auto [end, next] = ExtentOfSections();
+  const auto start = static_cast<std::uint64_t>(dataStart);
+  return next < end || next - end < ShapeOf(rawHeader.header, kAverageSection, start).RowBytes();
 }
 
 bool CRecordingFile::CopySections(File& target) {

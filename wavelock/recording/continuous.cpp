@@ -69,14 +69,24 @@ std::uint64_t CRecordingFile::GetContinuousSampleCount() {
   return static_cast<std::uint64_t>(count);
 }
 
+// Layouts without a table of events end with the file.
+CRecordingFile::DataExtent CRecordingFile::ExtentOfSamples() {
+  const RecordingHeader& header = rawHeader.header;
+  const int layout = header.sampleLayout;
+  const std::uint64_t words = std::uint64_t{header.channelCount} + WordsBesideChannels(layout);
+  const std::uint64_t bytes = GetContinuousSampleCount() * words * static_cast<std::uint64_t>(sampleWidth);
+  const bool hasTable = layout != kWithTriggers && layout != kWithLeadingWord;
+  return {static_cast<std::uint64_t>(dataStart) + bytes,
+          hasTable ? std::min(EventTablePosition(), fileSize) : fileSize};
+}
+
 // A damaged header may count fewer samples than there are: none may be left between the last one and what
 // follows the samples.
 bool CRecordingFile::CountsAllSamples() {
   const RecordingHeader& header = rawHeader.header;
   const int layout = header.sampleLayout;
   const std::uint64_t channels = header.channelCount;
-  const bool hasTable = layout != kWithTriggers && layout != kWithLeadingWord;
-  const std::uint64_t end = hasTable ? std::min(EventTablePosition(), fileSize) : fileSize;
+  const std::uint64_t end = ExtentOfSamples().next;
   const auto start = static_cast<std::uint64_t>(dataStart);
   const std::uint64_t unit =
       layout == kBlocks ? header.blockBytes * channels

@@ -91,6 +91,14 @@ class CRecordingFile {
   // Where the data ends at the latest: with the file, or where the container begins.
   std::uint64_t DataEnd() const;
 
+  // Where the data that the header counts end, and where the next thing in the file begins, which lies ahead
+  // of that end in a damaged file. None of pairs, whose places no header tells, and of unreadable files.
+  struct DataExtent {
+    std::uint64_t end;
+    std::uint64_t next;
+  };
+  std::optional<DataExtent> ExtentOfData();
+
   // Bytes of the block at the start of a file with the setup's channels.
   int HeaderSize() const;
 
@@ -363,6 +371,9 @@ class CRecordingFile {
   bool SaveOpened(std::int64_t stamp);
   bool IsKnownWhole();
   bool IsWrittenAnew(std::uint32_t tag) const;
+  DataExtent ExtentOfSamples();
+  DataExtent ExtentOfEpochs();
+  DataExtent ExtentOfSections();
   bool CountsAllSamples();
   bool CountsAllEpochs();
   bool CountsAllSections();

@@ -111,6 +111,21 @@ std::uint64_t CRecordingFile::DataEnd() const {
   return HasTail() ? std::min(TailPosition(), fileSize) : fileSize;
 }
 
+std::optional<CRecordingFile::DataExtent> CRecordingFile::ExtentOfData() {
+  if (dataStart < 0) return std::nullopt;
+  switch (GetFileClass(&rawHeader)) {
+    case kContinuous:
+      return ExtentOfSamples();
+    case kEpochs:
+      return ExtentOfEpochs();
+    case kAverage:
+    case kAverageWithStatistics:
+      return ExtentOfSections();
+    default:
+      return std::nullopt;
+  }
+}
+
 bool CRecordingFile::WriteCopy(File& target) {
   std::vector<std::byte> block(static_cast<std::size_t>(HeaderSize()));
   if (!target.Write(block) || !CopyData(target, static_cast<int>(block.size()))) return false;
@@ -192,10 +207,13 @@ bool CRecordingFile::CopySamples(File& target) {
 
 // ---- epochs
 
+CRecordingFile::DataExtent CRecordingFile::ExtentOfEpochs() {
+  return {GetEpochPosition(static_cast<std::int32_t>(GetEpochCount())), DataEnd()};
+}
+
 // A header that counts too few leaves at least one epoch between the last one and what follows.
 bool CRecordingFile::CountsAllEpochs() {
-  const auto end = GetEpochPosition(static_cast<std::int32_t>(GetEpochCount()));
-  const std::uint64_t next = DataEnd();
+  const auto [end, next] = ExtentOfEpochs();
   return end <= fileSize && (next < end || next - end < EpochStride());
 }
 
