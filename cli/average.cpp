@@ -43,15 +43,15 @@ ExitCode Run(const Options& options) {
 }  // namespace
 
 Subcommand MakeAverage(CLI::App& program) {
-  CLI::App* const parser = program.add_subcommand(
-      "average", "An average in microvolts: a row for each point, a column for each channel");
+  CLI::App& parser =
+      AddSubcommand(program, "average",
+                    "An average in microvolts: a row for each point, a column for each channel", kExamples);
   const auto options = std::make_shared<Options>();
-  AddFile(*parser, options->path);
-  parser->add_flag("--variance", options->variance, "Its variance, as stored, instead");
-  AddChoice(*parser, "--format", options->format, kTableFormats, "csv if nothing is said");
-  options->output.AddTo(*parser);
-  parser->footer(kExamples);
-  return {parser, [options] { return Run(*options); }};
+  AddFile(parser, options->path);
+  AddFlag(parser, "--variance", options->variance, "Its variance, as stored, instead");
+  AddChoice(parser, "--format", options->format, kTableFormats, "csv if nothing is said");
+  options->output.AddTo(parser);
+  return {&parser, [options] { return Run(*options); }};
 }
 
 }  // namespace wavelock::command

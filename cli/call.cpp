@@ -311,15 +311,14 @@ ExitCode Run(const Options& options) {
 }  // namespace
 
 Subcommand MakeCall(CLI::App& program) {
-  CLI::App* const parser =
-      program.add_subcommand("call", "One method of the control, called as its clients call it");
+  CLI::App& parser =
+      AddSubcommand(program, "call", "One method of the control, called as its clients call it", kExamples);
   const auto options = std::make_shared<Options>();
-  AddFile(*parser, options->path);
-  parser->add_option("METHOD", options->method, "Its name, in either case")->type_name("")->required();
-  parser->add_option("ARGS", options->words, "What it takes")->type_name("");
-  parser->add_flag("--json", options->json, "One line of JSON");
-  parser->footer(kExamples);
-  return {parser, [options] { return Run(*options); }};
+  AddFile(parser, options->path);
+  AddArgument(parser, "METHOD", options->method, "Its name, in either case", Need::kRequired);
+  AddArguments(parser, "ARGS", options->words, "What it takes");
+  AddFlag(parser, "--json", options->json, "One line of JSON");
+  return {&parser, [options] { return Run(*options); }};
 }
 
 }  // namespace wavelock::command

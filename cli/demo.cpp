@@ -51,20 +51,18 @@ ExitCode Run(const Options& options) {
 }  // namespace
 
 Subcommand MakeDemo(CLI::App& program) {
-  CLI::App* const parser = program.add_subcommand("demo", "Make recordings of every kind to try things on");
+  CLI::App& parser =
+      AddSubcommand(program, "demo", "Make recordings of every kind to try things on", kExamples);
   const auto options = std::make_shared<Options>();
-  parser->add_option("DIR", options->folder, "The folder for them, which is made if there is none")
-      ->type_name("")
-      ->required();
-  AddCount(*parser, "--seed", options->session.seed, "What happens in the session, 1 if nothing is said");
-  AddCount(*parser, "--seconds", options->session.seconds, "How long it lasts, 60 if nothing is said")
-      ->check(CLI::Range(kLeastSeconds, kMostSeconds));
-  AddCount(*parser, "--channels", options->session.channels,
-           "The first of the 32 electrodes, all if nothing is said")
-      ->check(CLI::Range(kFewestChannels, kDemoElectrodeCount));
-  parser->add_flag("--force", options->force, "Overwrite files that exist");
-  parser->footer(kExamples);
-  return {parser, [options] { return Run(*options); }};
+  AddArgument(parser, "DIR", options->folder, "The folder for them, which is made if there is none",
+              Need::kRequired);
+  AddCount(parser, "--seed", options->session.seed, "What happens in the session, 1 if nothing is said");
+  AddCount(parser, "--seconds", options->session.seconds, "How long it lasts, 60 if nothing is said",
+           {kLeastSeconds, kMostSeconds});
+  AddCount(parser, "--channels", options->session.channels,
+           "The first of the 32 electrodes, all if nothing is said", {kFewestChannels, kDemoElectrodeCount});
+  AddFlag(parser, "--force", options->force, "Overwrite files that exist");
+  return {&parser, [options] { return Run(*options); }};
 }
 
 }  // namespace wavelock::command

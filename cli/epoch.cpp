@@ -102,16 +102,15 @@ ExitCode Run(const Options& options) {
 }  // namespace
 
 Subcommand MakeEpoch(CLI::App& program) {
-  CLI::App* const parser = program.add_subcommand(
-      "epoch", "The data of one epoch: a row for each point, a column for each channel");
+  CLI::App& parser = AddSubcommand(
+      program, "epoch", "The data of one epoch: a row for each point, a column for each channel", kExamples);
   const auto options = std::make_shared<Options>();
-  AddFile(*parser, options->path);
-  AddCount(*parser, "N", options->number, "Number of the epoch, counted from 0")->type_name("")->required();
-  parser->add_flag("--raw", options->raw, "Integers as stored instead of microvolts");
-  AddChoice(*parser, "--format", options->format, kTableFormats, "csv if nothing is said");
-  options->output.AddTo(*parser);
-  parser->footer(kExamples);
-  return {parser, [options] { return Run(*options); }};
+  AddFile(parser, options->path);
+  AddCount(parser, "N", options->number, "Number of the epoch, counted from 0", {}, Need::kRequired);
+  AddFlag(parser, "--raw", options->raw, "Integers as stored instead of microvolts");
+  AddChoice(parser, "--format", options->format, kTableFormats, "csv if nothing is said");
+  options->output.AddTo(parser);
+  return {&parser, [options] { return Run(*options); }};
 }
 
 }  // namespace wavelock::command

@@ -184,6 +184,10 @@ std::string TablesOfTag(std::uint32_t tag, bool bold) {
 }
 
 ExitCode Run(const Options& options) {
+  if (options.tag && options.markdown) {
+    Complain("With --markdown all records are told of, not one.");
+    return kUsage;
+  }
   const auto output = Output::Open(options.output, "");
   if (!output) return kFailed;
   const bool bold = output->TakesStyles();
@@ -201,16 +205,13 @@ ExitCode Run(const Options& options) {
 }  // namespace
 
 Subcommand MakeFormat(CLI::App& program) {
-  CLI::App* const parser =
-      program.add_subcommand("format", "What the records of setups and tails hold, byte by byte");
+  CLI::App& parser =
+      AddSubcommand(program, "format", "What the records of setups and tails hold, byte by byte", kExamples);
   const auto options = std::make_shared<Options>();
-  CLI::Option* const tag =
-      parser->add_option("TAG", options->tag, "The record to tell of; all if nothing is said");
-  tag->type_name("");
-  parser->add_flag("--markdown", options->markdown, "All of them as one page")->excludes(tag);
-  options->output.AddTo(*parser);
-  parser->footer(kExamples);
-  return {parser, [options] { return Run(*options); }};
+  AddCount(parser, "TAG", options->tag, "The record to tell of; all if nothing is said");
+  AddFlag(parser, "--markdown", options->markdown, "All of them as one page");
+  options->output.AddTo(parser);
+  return {&parser, [options] { return Run(*options); }};
 }
 
 }  // namespace wavelock::command

@@ -240,14 +240,13 @@ ExitCode Run(const Options& options) {
 }  // namespace
 
 Subcommand MakeInfo(CLI::App& program) {
-  CLI::App* const parser =
-      program.add_subcommand("info", "What recordings are: kind, channels, rate, duration, events ...");
+  CLI::App& parser = AddSubcommand(
+      program, "info", "What recordings are: kind, channels, rate, duration, events ...", kExamples);
   const auto options = std::make_shared<Options>();
-  AddFile(*parser, options->paths, "The recordings");
-  parser->add_flag("--json", options->json, "One line of JSON for each file");
-  parser->add_flag("--subject", options->subject, "Also what identifies the subject and the session");
-  parser->footer(kExamples);
-  return {parser, [options] { return Run(*options); }};
+  AddFiles(parser, options->paths, "The recordings");
+  AddFlag(parser, "--json", options->json, "One line of JSON for each file");
+  AddFlag(parser, "--subject", options->subject, "Also what identifies the subject and the session");
+  return {&parser, [options] { return Run(*options); }};
 }
 
 }  // namespace wavelock::command

@@ -1,13 +1,11 @@
 #include "cli/output.h"
 
-#include <CLI/App.hpp>
-#include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
 
 #include "cli/complaint.h"
+#include "cli/options.h"
 #include "cli/terminal.h"
 #include "wavelock/platform/printable.h"
 
@@ -45,8 +43,8 @@ std::FILE* OpenNamed(const std::string& path, bool force) {
 }  // namespace
 
 void OutputOptions::AddTo(CLI::App& parser) {
-  parser.add_option("-o,--output", path, "Write to this file instead of standard output");
-  parser.add_flag("--force", force, "Overwrite a file that exists");
+  AddText(parser, "-o,--output", path, "FILE", "Write to this file instead of standard output");
+  AddFlag(parser, "--force", force, "Overwrite a file that exists");
 }
 
 bool IsFree(const std::string& path, bool force) {

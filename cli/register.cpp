@@ -38,14 +38,13 @@ ExitCode Run(const Options& options) {
 }  // namespace
 
 Subcommand MakeRegister(CLI::App& program) {
-  CLI::App* const parser =
-      program.add_subcommand("register", "Make the control known to every program of the user");
+  CLI::App& parser =
+      AddSubcommand(program, "register", "Make the control known to every program of the user", kExamples);
   const auto options = std::make_shared<Options>();
-  parser->add_option("MODULE", options->module, "The one that came with this command if nothing is said")
-      ->type_name("");
-  parser->add_flag("--remove", options->remove, "Make it unknown again");
-  parser->footer(kExamples);
-  return {parser, [options] { return Run(*options); }};
+  AddArgument(parser, "MODULE", options->module, "The one that came with this command if nothing is said",
+              Need::kOptional);
+  AddFlag(parser, "--remove", options->remove, "Make it unknown again");
+  return {&parser, [options] { return Run(*options); }};
 }
 
 }  // namespace wavelock::command

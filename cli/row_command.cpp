@@ -13,13 +13,12 @@ const Choices<RowFormat> kFormats = {{"tsv", RowFormat::kTsv}, {"json", RowForma
 
 Subcommand MakeRowCommand(CLI::App& program, const std::string& name, const std::string& description,
                           const std::string& examples, RunRows* run) {
-  CLI::App* const parser = program.add_subcommand(name, description);
+  CLI::App& parser = AddSubcommand(program, name, description, examples);
   const auto options = std::make_shared<RowOptions>();
-  AddFile(*parser, options->path);
-  AddChoice(*parser, "--format", options->format, kFormats, "tsv if nothing is said");
-  options->output.AddTo(*parser);
-  parser->footer(examples);
-  return {parser, [options, run] { return run(*options); }};
+  AddFile(parser, options->path);
+  AddChoice(parser, "--format", options->format, kFormats, "tsv if nothing is said");
+  options->output.AddTo(parser);
+  return {&parser, [options, run] { return run(*options); }};
 }
 
 ExitCode WriteRows(const RowOptions& options, const std::vector<std::string>& columns,

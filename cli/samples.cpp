@@ -99,21 +99,21 @@ ExitCode Run(const Options& options) {
 }  // namespace
 
 Subcommand MakeSamples(CLI::App& program) {
-  CLI::App* const parser = program.add_subcommand(
-      "samples", "Continuous samples as a table: a row for each sample, a column for each channel");
+  CLI::App& parser = AddSubcommand(
+      program, "samples", "Continuous samples as a table: a row for each sample, a column for each channel",
+      kExamples);
   const auto options = std::make_shared<Options>();
-  AddFile(*parser, options->path);
-  AddCount(*parser, "--from", options->from, "First sample, counted from 0");
-  AddCount(*parser, "--to", options->to, "The sample behind the last one");
-  parser->add_flag("--raw", options->form.raw, "Integers as stored instead of microvolts");
-  parser->add_flag("--no-rows", options->form.skipRows, "Without the recording's own offsets");
-  parser->add_flag("--no-polynomials", options->form.skipPolynomials,
-                   "Without the recording's own drift curves");
-  AddList(*parser, "--channels", options->channels, "Labels, or numbers from 1 on");
-  AddChoice(*parser, "--format", options->format, kFormats, "csv if nothing is said");
-  options->output.AddTo(*parser);
-  parser->footer(kExamples);
-  return {parser, [options] { return Run(*options); }};
+  AddFile(parser, options->path);
+  AddCount(parser, "--from", options->from, "First sample, counted from 0");
+  AddCount(parser, "--to", options->to, "The sample behind the last one");
+  AddFlag(parser, "--raw", options->form.raw, "Integers as stored instead of microvolts");
+  AddFlag(parser, "--no-rows", options->form.skipRows, "Without the recording's own offsets");
+  AddFlag(parser, "--no-polynomials", options->form.skipPolynomials,
+          "Without the recording's own drift curves");
+  AddList(parser, "--channels", options->channels, "Labels, or numbers from 1 on");
+  AddChoice(parser, "--format", options->format, kFormats, "csv if nothing is said");
+  options->output.AddTo(parser);
+  return {&parser, [options] { return Run(*options); }};
 }
 
 }  // namespace wavelock::command

@@ -97,14 +97,13 @@ ExitCode Run(const Options& options) {
 }  // namespace
 
 Subcommand MakeSections(CLI::App& program) {
-  CLI::App* const parser =
-      program.add_subcommand("sections", "The records of a setup file or of a recording's tail");
+  CLI::App& parser =
+      AddSubcommand(program, "sections", "The records of a setup file or of a recording's tail", kExamples);
   const auto options = std::make_shared<Options>();
-  AddFile(*parser, options->path, "A recording or a setup file");
-  parser->add_flag("--json", options->json, "One array with an object for each record");
-  options->output.AddTo(*parser);
-  parser->footer(kExamples);
-  return {parser, [options] { return Run(*options); }};
+  AddFile(parser, options->path, "A recording or a setup file");
+  AddFlag(parser, "--json", options->json, "One array with an object for each record");
+  options->output.AddTo(parser);
+  return {&parser, [options] { return Run(*options); }};
 }
 
 }  // namespace wavelock::command

@@ -182,16 +182,14 @@ ExitCode Run(const Options& options) {
 }  // namespace
 
 Subcommand MakeSetup(CLI::App& program) {
-  CLI::App* const parser =
-      program.add_subcommand("setup", "Every field of the setup in a recording or a setup file");
+  CLI::App& parser =
+      AddSubcommand(program, "setup", "Every field of the setup in a recording or a setup file", kExamples);
   const auto options = std::make_shared<Options>();
-  AddFile(*parser, options->path, "A recording or a setup file");
-  parser->add_flag("--json", options->json, "One object");
-  parser->add_option("--save", options->saveTo, "Write the setup to this setup file instead")
-      ->type_name("OUT.ast");
-  options->output.AddTo(*parser);
-  parser->footer(kExamples);
-  return {parser, [options] { return Run(*options); }};
+  AddFile(parser, options->path, "A recording or a setup file");
+  AddFlag(parser, "--json", options->json, "One object");
+  AddText(parser, "--save", options->saveTo, "OUT.ast", "Write the setup to this setup file instead");
+  options->output.AddTo(parser);
+  return {&parser, [options] { return Run(*options); }};
 }
 
 }  // namespace wavelock::command

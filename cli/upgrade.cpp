@@ -273,17 +273,15 @@ ExitCode Run(const Options& options) {
 }  // namespace
 
 Subcommand MakeUpgrade(CLI::App& program) {
-  CLI::App* const parser =
-      program.add_subcommand("upgrade", "Bring recordings of any generation to the current form");
+  CLI::App& parser =
+      AddSubcommand(program, "upgrade", "Bring recordings of any generation to the current form", kExamples);
   const auto options = std::make_shared<Options>();
-  AddFile(*parser, options->paths, "The recordings");
-  parser->add_option("-o,--output", options->folder, "Write the upgraded recordings into this folder")
-      ->type_name("DIR");
-  parser->add_flag("--in-place", options->inPlace, "Replace the recordings by the upgraded ones");
-  parser->add_flag("--force", options->force, "Overwrite files that exist in the folder");
-  parser->add_flag("--json", options->json, "One JSON object a recording");
-  parser->footer(kExamples);
-  return {parser, [options] { return Run(*options); }};
+  AddFiles(parser, options->paths, "The recordings");
+  AddText(parser, "-o,--output", options->folder, "DIR", "Write the upgraded recordings into this folder");
+  AddFlag(parser, "--in-place", options->inPlace, "Replace the recordings by the upgraded ones");
+  AddFlag(parser, "--force", options->force, "Overwrite files that exist in the folder");
+  AddFlag(parser, "--json", options->json, "One JSON object a recording");
+  return {&parser, [options] { return Run(*options); }};
 }
 
 }  // namespace wavelock::command

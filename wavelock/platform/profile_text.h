@@ -1,7 +1,7 @@
 // The text form of a profile: lines "key = value" under lines "[section]", made to be read and edited by a
 // person. What starts with ; or #, on a line of its own or behind a section, is a comment. A backslash is
-// written \\, and a byte that would not survive on its line \xHH, so that every string can be a section, a key
-// or a value.
+// written \\, and a byte that would not survive on its line \xHH, so that every string can be a section, a
+// key or a value.
 #pragma once
 
 #include <functional>

@@ -88,9 +88,6 @@ class CRecordingFile {
   bool HasTail() const;
   std::uint64_t TailPosition() const;
 
-  // Where the data ends at the latest: with the file, or where the container begins.
-  std::uint64_t DataEnd() const;
-
   // Where the data that the header counts end, and where the next thing in the file begins, which lies ahead
   // of that end in a damaged file. None of pairs, whose places no header tells, and of unreadable files.
   struct DataExtent {
@@ -371,6 +368,7 @@ class CRecordingFile {
   bool SaveOpened(std::int64_t stamp);
   bool IsKnownWhole();
   bool IsWrittenAnew(std::uint32_t tag) const;
+  std::uint64_t DataEnd() const;
   DataExtent ExtentOfSamples();
   DataExtent ExtentOfEpochs();
   DataExtent ExtentOfSections();

@@ -107,6 +107,7 @@ bool CRecordingFile::IsWrittenAnew(std::uint32_t tag) const {
   }
 }
 
+// At the latest: with the file, or where the container begins.
 std::uint64_t CRecordingFile::DataEnd() const {
   return HasTail() ? std::min(TailPosition(), fileSize) : fileSize;
 }
