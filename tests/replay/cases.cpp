@@ -141,25 +141,25 @@ json ReadCase(const fs::path& path) {
   return json::parse(in);
 }
 
-// One line for whatever fits into one.
-void Print(std::string& text, const json& value, std::size_t indent) {
+// A line for each part of a recording's answer and for each step of a save, however long.
+void Print(std::string& text, const json& value, int depth = 0) {
   constexpr std::size_t kWidth = 110;
+  constexpr int kDeepest = 4;
   const std::string line = value.dump(-1, ' ', false, json::error_handler_t::replace);
-  const bool isPlain = !value.is_structured() || (value.is_array() && !IsListOfParts(value));
-  if (isPlain || indent + line.size() <= kWidth) {
+  if (!value.is_structured() || depth == kDeepest || line.size() <= kWidth) {
     text += line;
     return;
   }
-  const bool isObject = value.is_object();
-  text += isObject ? '{' : '[';
+  const auto indent = static_cast<std::size_t>(depth + 1);
+  text += value.is_object() ? '{' : '[';
   const char* separator = "\n";
   for (const auto& [name, part] : value.items()) {
-    text.append(separator).append(indent + 1, ' ');
-    if (isObject) text.append(json(name).dump()).append(": ");
-    Print(text, part, indent + 1);
+    text.append(separator).append(indent, ' ');
+    if (value.is_object()) text.append(json(name).dump()).append(": ");
+    Print(text, part, depth + 1);
     separator = ",\n";
   }
-  text.append("\n").append(indent, ' ') += isObject ? '}' : ']';
+  text.append("\n").append(indent - 1, ' ') += value.is_object() ? '}' : ']';
 }
 
 }  // namespace
