@@ -1,4 +1,5 @@
-// Files in memory behave as files on the disk do.
+// Files in memory behave as files on the disk do, and paths of every platform fall into pieces that give them
+// back.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -18,8 +19,7 @@ std::span<const std::byte> Bytes(std::string_view text) {
 
 std::string ReadText(File& file, std::size_t count) {
   std::string text(count, '\0');
-  const auto got = file.Read(std::as_writable_bytes(std::span(text)));
-  text.resize(got.value_or(0));
+  text.resize(file.Read(std::as_writable_bytes(std::span(text))).value_or(0));
   return text;
 }
 
@@ -50,6 +50,11 @@ class Files : public testing::Test {
     const auto file = Open(name, OpenMode::kReadOnly);
     return file ? ReadText(*file, 1000) : "no file";
   }
+  void ExpectRefusal(const std::string& path, OpenMode mode) {
+    std::string why;
+    EXPECT_FALSE(service().Open(path, mode, &why));
+    EXPECT_FALSE(why.empty());
+  }
 
  private:
   Place place_;
@@ -58,67 +63,47 @@ class Files : public testing::Test {
 using Places = testing::Types<OnDisk, InMemory>;
 TYPED_TEST_SUITE(Files, Places);
 
-TYPED_TEST(Files, CreatingMakesOrEmptiesAndAllowsReading) {
+TYPED_TEST(Files, ModesMakeAFileEmptyItOrSayWhyNot) {
+  for (const OpenMode mode : {OpenMode::kReadOnly, OpenMode::kReadWrite})
+    this->ExpectRefusal(this->Path("missing"), mode);
+  EXPECT_FALSE(this->service().Exists(this->Path("missing")));
+  EXPECT_FALSE(this->service().Open("", OpenMode::kCreate));
+
+  ASSERT_NE(this->Open("two words.rec", OpenMode::kCreateNew), nullptr);
   this->Make("two words.rec", "a long old text");
+  EXPECT_EQ(this->Open("two words.rec", OpenMode::kCreateNew), nullptr);
+  EXPECT_EQ(this->TextOf("two words.rec"), "a long old text");
   const auto file = this->Open("two words.rec", OpenMode::kCreate);
   ASSERT_TRUE(file);
   EXPECT_EQ(file->Name(), "two words.rec");
   EXPECT_EQ(file->Path(), this->Path("two words.rec"));
   EXPECT_EQ(file->Size(), 0u);
-  ASSERT_TRUE(file->Write(Bytes("new")));
-  ASSERT_TRUE(file->SeekTo(0));
+  EXPECT_TRUE(file->Write(Bytes("new")) && file->Flush() && file->SeekTo(0));
   EXPECT_EQ(ReadText(*file, 3), "new");
-  EXPECT_TRUE(file->Flush());
-}
-
-TYPED_TEST(Files, NewFilesAreMadeOnlyWhereThereIsNone) {
-  ASSERT_NE(this->Open("a", OpenMode::kCreateNew), nullptr);
-  this->Make("a", "kept");
-  EXPECT_EQ(this->Open("a", OpenMode::kCreateNew), nullptr);
-  EXPECT_EQ(this->TextOf("a"), "kept");
-}
-
-TYPED_TEST(Files, ModesThatDoNotCreateRefuseWhatIsNotThereAndSayWhy) {
-  for (const OpenMode mode : {OpenMode::kReadOnly, OpenMode::kReadWrite}) {
-    std::string why;
-    EXPECT_FALSE(this->service().Open(this->Path("missing"), mode, &why));
-    EXPECT_FALSE(why.empty());
-  }
-  EXPECT_FALSE(this->service().Exists(this->Path("missing")));
-  EXPECT_FALSE(this->service().Open("", OpenMode::kCreate));
 }
 
 TYPED_TEST(Files, FoldersExistButAreNotOpened) {
   this->Make("inside", "");
   const std::string folder = this->Path("").substr(0, this->Path("").size() - 1);
   EXPECT_TRUE(this->service().Exists(folder));
-  for (const OpenMode mode : {OpenMode::kReadOnly, OpenMode::kReadWrite, OpenMode::kCreate}) {
-    std::string why;
-    EXPECT_FALSE(this->service().Open(folder, mode, &why));
-    EXPECT_FALSE(why.empty());
-  }
+  for (const OpenMode mode : {OpenMode::kReadOnly, OpenMode::kReadWrite, OpenMode::kCreate})
+    this->ExpectRefusal(folder, mode);
   EXPECT_FALSE(this->service().Delete(folder));
 }
 
-TYPED_TEST(Files, ReadsAreShortOnlyAtTheEndAndMoveThePosition) {
+TYPED_TEST(Files, ReadsAreShortOnlyAtTheEndAndSeeksStayWherePositionsEnd) {
+  constexpr auto kLast = std::numeric_limits<std::int64_t>::max();
   this->Make("a", "0123456789");
-  const auto file = this->Open("a", OpenMode::kReadOnly);
+  const auto file = this->Open("a", OpenMode::kReadWrite);
   EXPECT_EQ(ReadText(*file, 4), "0123");
   EXPECT_EQ(file->Position(), 4u);
   EXPECT_EQ(ReadText(*file, 100), "456789");
-  EXPECT_EQ(file->Position(), 10u);
   EXPECT_EQ(ReadText(*file, 1), "");
-
   std::array<std::byte, 3> three;
   EXPECT_TRUE(file->SeekTo(7) && file->ReadExactly(three));
   EXPECT_TRUE(file->SeekTo(8));
   EXPECT_FALSE(file->ReadExactly(three));
-}
 
-TYPED_TEST(Files, SeeksReportThePositionAndStayWherePositionsEnd) {
-  constexpr auto kLast = std::numeric_limits<std::int64_t>::max();
-  this->Make("a", "0123456789");
-  const auto file = this->Open("a", OpenMode::kReadWrite);
   EXPECT_EQ(file->Seek(-3, SeekOrigin::kEnd), 7u);
   EXPECT_EQ(file->Seek(-2, SeekOrigin::kCurrent), 5u);
   EXPECT_EQ(file->Seek(-6, SeekOrigin::kCurrent), std::nullopt);
@@ -126,17 +111,13 @@ TYPED_TEST(Files, SeeksReportThePositionAndStayWherePositionsEnd) {
   EXPECT_EQ(file->Seek(kLast, SeekOrigin::kCurrent), std::nullopt);
   EXPECT_FALSE(file->SeekTo(static_cast<std::uint64_t>(kLast) + 1));
   EXPECT_EQ(file->Position(), 5u);
-
   EXPECT_EQ(file->Seek(kLast, SeekOrigin::kStart), static_cast<std::uint64_t>(kLast));
   EXPECT_EQ(ReadText(*file, 8), "");
   EXPECT_FALSE(file->Write(Bytes("x")));
   EXPECT_EQ(file->Size(), 10u);
-}
 
-TYPED_TEST(Files, WritingPastTheEndFillsTheGapWithZeros) {
-  const auto file = this->Open("a", OpenMode::kCreate);
-  ASSERT_TRUE(file->SeekTo(3) && file->Write(Bytes("x")));
-  EXPECT_EQ(this->TextOf("a"), std::string("\0\0\0x", 4));
+  ASSERT_TRUE(file->SeekTo(12) && file->Write(Bytes("x")));
+  EXPECT_EQ(this->TextOf("a"), std::string("0123456789\0\0x", 13));
 }
 
 TYPED_TEST(Files, ReadOnlyAttributeIsSetTakenBackAndSeenByOpenFiles) {
@@ -145,16 +126,16 @@ TYPED_TEST(Files, ReadOnlyAttributeIsSetTakenBackAndSeenByOpenFiles) {
   EXPECT_FALSE(file->Write(Bytes("lost"))) << "it was opened to be read";
   EXPECT_EQ(this->TextOf("a"), "kept");
   EXPECT_FALSE(file->Status()->readOnly);
-  ASSERT_TRUE(this->service().SetStatus(this->Path("a"), {.readOnly = true}));
-  EXPECT_TRUE(this->service().Status(this->Path("a"))->readOnly);
-  EXPECT_TRUE(file->Status()->readOnly);
-  ASSERT_TRUE(this->service().SetStatus(this->Path("a"), {.readOnly = false}));
-  EXPECT_FALSE(this->service().Status(this->Path("a"))->readOnly);
+  for (const bool readOnly : {true, false}) {
+    ASSERT_TRUE(this->service().SetStatus(this->Path("a"), {.readOnly = readOnly}));
+    EXPECT_EQ(this->service().Status(this->Path("a"))->readOnly, readOnly);
+    EXPECT_EQ(file->Status()->readOnly, readOnly);
+  }
   EXPECT_EQ(this->service().Status(this->Path("missing")), std::nullopt);
   EXPECT_FALSE(this->service().SetStatus(this->Path("missing"), {}));
 }
 
-TYPED_TEST(Files, ReplacingPutsTheNewFileInPlaceAndLeavesTheOldToItsReaders) {
+TYPED_TEST(Files, ReplacedAndDeletedFilesLiveOnForThoseWhoHaveThemOpen) {
   this->Make("old", "old");
   this->Make("new", "new");
   const auto reader = this->Open("old", OpenMode::kReadOnly);
@@ -166,16 +147,37 @@ TYPED_TEST(Files, ReplacingPutsTheNewFileInPlaceAndLeavesTheOldToItsReaders) {
   EXPECT_EQ(ReadText(*reader, 3), "Old") << "each has a position of its own";
   EXPECT_FALSE(this->service().Replace(this->Path("missing"), this->Path("old")));
   EXPECT_EQ(this->TextOf("old"), "new");
+
+  const auto deleted = this->Open("old", OpenMode::kReadOnly);
+  ASSERT_TRUE(this->service().Delete(this->Path("old")));
+  EXPECT_FALSE(this->service().Exists(this->Path("old")));
+  EXPECT_FALSE(this->service().Delete(this->Path("old")));
+  EXPECT_EQ(ReadText(*deleted, 4), "new");
+  EXPECT_FALSE(deleted->Status()->readOnly);
 }
 
-TYPED_TEST(Files, DeletedFilesLiveOnForThoseWhoHaveThemOpen) {
-  this->Make("a", "text");
-  const auto file = this->Open("a", OpenMode::kReadOnly);
-  ASSERT_TRUE(this->service().Delete(this->Path("a")));
-  EXPECT_FALSE(this->service().Exists(this->Path("a")));
-  EXPECT_FALSE(this->service().Delete(this->Path("a")));
-  EXPECT_EQ(ReadText(*file, 4), "text");
-  EXPECT_FALSE(file->Status()->readOnly);
+TEST(PathSplitting, PiecesGiveThePathBack) {
+  const PathParts cases[] = {
+      {"", "/usr/local/bin/", "wavelock", ""},
+      {"C:", "\\Program Files\\Lab\\", "record", ".exe"},
+      {"c:", "", "name", ".ast"},
+      {"", "..\\mixed/", "a.b", ".cnt"},
+      {"", "/folder.d/", "name", ""},
+      {"", "/folder/", "", ""},
+      {"", "/", "", ".hidden"},
+      {"", "", "name", "."},
+      {"", "", "1:", ""},
+      {"C:", "", "", ""},
+      {"", "", "", ""},
+  };
+  for (const auto& [drive, directory, name, extension] : cases) {
+    const std::string path = drive + directory + name + extension;
+    const PathParts parts = SplitPath(path);
+    EXPECT_EQ(parts.drive, drive) << path;
+    EXPECT_EQ(parts.directory, directory) << path;
+    EXPECT_EQ(parts.name, name) << path;
+    EXPECT_EQ(parts.extension, extension) << path;
+  }
 }
 
 }  // namespace
