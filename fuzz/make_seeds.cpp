@@ -197,7 +197,7 @@ void AddGenerations(Seeds& seeds) {
   }
   for (const int firstByte : {1, 2, 3, 5}) {
     RecordingBuilder builder;
-    builder.OldestLayout(firstByte).Channels(kChannels).ShortBlock("subject", 1, 2).NoteBlock("note");
+    builder.OldestLayout(firstByte).Channels(kChannels);
     seeds["recording/oldest_" + std::to_string(firstByte)] = builder.Samples({1, 2, 3, 4}).Build();
   }
 }

@@ -25,27 +25,11 @@ constexpr std::size_t kOldestChannelRecords = 64;
 constexpr std::size_t kOldestSize = kOldestChannels + kOldestChannelSize * kOldestChannelRecords;
 constexpr std::size_t kOldestBehindTexts = 227;  // where forms with a short block go on
 
+constexpr std::size_t kOldestShortBlock = 30;
+constexpr std::size_t kOldestNoteBlock = 66;
+
 constexpr std::size_t kEventTableHead = 1 + 4 + 4;
 constexpr std::uint64_t kSampleIndexesFrom = 1u << 30;  // in larger files event points are no byte offsets
-
-// Where a field lies in each form of the header.
-struct Place {
-  std::size_t versioned;
-  std::size_t oldest;
-};
-constexpr Place kFileForm = {20, 0};
-constexpr Place kRecordDate = {225, 205};
-constexpr Place kAveragedSweeps = {362, 231};
-constexpr Place kPointCount = {368, 233};
-constexpr Place kChannelCount = {370, 235};
-constexpr Place kFrequencyDomain = {374, 239};
-constexpr Place kRateCode = {376, 240};
-constexpr Place kDefaultCalibration = {378, 242};
-constexpr Place kTimeStart = {505, 324};
-constexpr Place kTimeEnd = {509, 328};
-constexpr Place kViewStart = {513, 332};
-constexpr Place kViewEnd = {517, 336};
-constexpr Place kAcquisitionMode = {538, 357};
 
 std::uint8_t U8(int value) {
   return static_cast<std::uint8_t>(value);
@@ -67,27 +51,11 @@ Bytes TextOf(std::size_t size, std::string_view text) {
   return bytes;
 }
 
-// The block at the start of a file while its fields are being put.
-class Block {
- public:
-  explicit Block(std::size_t size) : bytes_(size) {}
-
-  void Put(std::size_t offset, const Bytes& bytes) {
-    if (offset > bytes_.size() || bytes.size() > bytes_.size() - offset) {
-      throw std::out_of_range("field outside the header");
-    }
-    std::copy(bytes.begin(), bytes.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(offset));
-  }
-  void PutU8(std::size_t offset, int value) { Put(offset, ByteWriter().U8(U8(value))); }
-  void PutU16(std::size_t offset, std::size_t value) { Put(offset, ByteWriter().Word(value, 2)); }
-  void PutU32(std::size_t offset, std::uint64_t value) { Put(offset, ByteWriter().Word(value, 4)); }
-  void PutF32(std::size_t offset, float value) { Put(offset, ByteWriter().F32(value)); }
-
-  std::span<const std::byte> From(std::size_t offset) const { return std::span(bytes_).subspan(offset); }
-
- private:
-  Bytes bytes_;
-};
+void PutInto(Bytes& block, std::size_t offset, const Bytes& bytes) {
+  if (offset > block.size() || bytes.size() > block.size() - offset)
+    throw std::out_of_range("field outside the header");
+  std::copy(bytes.begin(), bytes.end(), block.begin() + static_cast<std::ptrdiff_t>(offset));
+}
 
 }  // namespace
 
@@ -121,7 +89,7 @@ class RecordingBuilder::Composer {
   }
 
   std::uint64_t DataStart() const {
-    if (IsOldest()) return OldestHeaderSize();
+    if (IsOldest()) return WithBlocks(Bytes(kOldestSize)).size();
     return kHeaderSize + kChannelSize * ChannelRecords();
   }
 
@@ -138,109 +106,95 @@ class RecordingBuilder::Composer {
     if (IsOldest()) return kOldestChannelRecords;
     return revision_ < 4 ? kChannelRecordsBelowRevision4 : ChannelCount();
   }
-  std::size_t At(Place place) const { return IsOldest() ? place.oldest : place.versioned; }
 
   // ---- the block at the start
 
-  Bytes Header() const { return IsOldest() ? OldestHeader() : VersionedHeader(); }
+  // A field, where it lies in a versioned header and in the oldest one; 0 where that one has none.
+  struct Field {
+    std::size_t versioned;
+    std::size_t oldest;
+    Bytes bytes;
+  };
 
-  Bytes VersionedHeader() const {
-    Block block(DataStart());
-    block.Put(0, ByteWriter().Text("Version 3.0"));
-    PutSharedFields(block);
-    PutVersionedFields(block);
-    for (std::size_t i = 0; i < std::min(ChannelCount(), ChannelRecords()); ++i) PutChannelRecord(block, i);
-    PutPatches(block, kHeaderSize, kChannelSize);
-    return ByteWriter().Bytes(block.From(0));
+  std::vector<Field> SharedFields() const {
+    const auto& [start, end] = Times();
+    return {{20, 0, ByteWriter().U8(U8(b_.oldestFirstByte_.value_or(b_.fileForm_)))},
+            {225, 205, TextOf(10, b_.date_)},
+            {362, 231, ByteWriter().Word(std::max<std::size_t>(b_.epochs_.size(), 1), 2)},
+            {368, 233, ByteWriter().Word(PointCount(), 2)},
+            {370, 235, ByteWriter().Word(ChannelCount(), 2)},
+            {374, 239, ByteWriter().U8(U8(b_.frequencyDomain_))},
+            {376, 240, ByteWriter().U16(RateCode(b_.rate_))},
+            {378, 242, ByteWriter().F64(b_.calibration_)},
+            {505, 324, ByteWriter().F32(start).F32(end).F32(start).F32(end)},  // the axis and the view of it
+            {538, 357, ByteWriter().U8(U8(b_.acquisitionMode_))}};
   }
 
-  void PutSharedFields(Block& block) const {
-    const std::array<float, 2> times = Times();
-    block.PutU8(At(kFileForm), b_.oldestFirstByte_.value_or(b_.fileForm_));
-    block.Put(At(kRecordDate), TextOf(10, b_.date_));
-    block.PutU16(At(kAveragedSweeps), std::max<std::size_t>(b_.epochs_.size(), 1));
-    block.PutU16(At(kPointCount), PointCount());
-    block.PutU16(At(kChannelCount), ChannelCount());
-    block.PutU8(At(kFrequencyDomain), b_.frequencyDomain_);
-    block.PutU16(At(kRateCode), RateCode(b_.rate_));
-    block.Put(At(kDefaultCalibration), ByteWriter().F64(b_.calibration_));
-    block.PutF32(At(kTimeStart), times[0]);
-    block.PutF32(At(kTimeEnd), times[1]);
-    block.PutF32(At(kViewStart), times[0]);
-    block.PutF32(At(kViewEnd), times[1]);
-    block.PutU8(At(kAcquisitionMode), b_.acquisitionMode_);
-  }
-
-  void PutVersionedFields(Block& block) const {
-    block.PutU8(143, 'U');  // sex
-    block.PutU8(144, 'U');  // hand
-    block.PutF32(295, 1);   // scale of the summary
-    block.PutU32(353, b_.events_.size());
-    block.PutU16(372, 1);
-    block.PutF32(390, 10);
-    block.PutU16(683, 150);  // base of the gain table
-    block.PutF32(698, 2.5f);
-    block.PutF32(800, BinWidth());
-    block.PutU8(804, revision_);
-    block.PutU16(805, 1);
-    block.PutF32(816, 40);  // box on the display
-    block.PutF32(820, 20);
-    block.PutU8(884, b_.timeFrequencyFlag_);
-    block.PutU8(885, layout_);
-    if (HasEventTable()) block.PutU32(886, eventTablePosition_);
-    block.PutU32(894, layout_ == 3 ? BlockBytes() : 1);
-    if (b_.tail_) {
-      block.PutU32(12, TailPosition());
-      block.PutU32(16, TailPosition() >> 32);
+  Bytes Header() const {
+    Bytes block(IsOldest() ? kOldestSize : DataStart());
+    if (!IsOldest()) PutVersionedFields(block);
+    for (const auto& [versioned, oldest, bytes] : SharedFields())
+      PutInto(block, IsOldest() ? oldest : versioned, bytes);
+    for (std::size_t i = 0; i < std::min(ChannelCount(), ChannelRecords()); ++i) {
+      if (IsOldest()) {
+        PutInto(block, kOldestChannels + kOldestChannelSize * i, TextOf(9, b_.labels_[i]));
+      } else {
+        PutInto(block, kHeaderSize + kChannelSize * i, ChannelRecord(i));
+      }
     }
+    PutPatches(block);
+    return IsOldest() ? WithBlocks(block) : block;
   }
 
-  void PutChannelRecord(Block& block, std::size_t channel) const {
-    const std::size_t at = kHeaderSize + kChannelSize * channel;
-    block.Put(at, TextOf(9, b_.labels_[channel]));
-    block.PutU8(at + 10, 255);  // no link
-    block.PutU8(at + 13, 1);    // enabled
-    block.PutU16(at + 15, 1);   // sweeps
-    block.PutF32(at + 59, b_.calibration_);
-    block.PutU8(at + 64, 5);  // from 0.3 Hz
-    block.PutU8(at + 65, 3);  // to 70 Hz
-    block.PutU8(at + 69, static_cast<int>(channel));
-    block.PutF32(at + 71, b_.sensitivity_);
+  void PutVersionedFields(Bytes& block) const {
+    PutInto(block, 0, ByteWriter().Text("Version 3.0"));
+    if (b_.tail_) PutInto(block, 12, ByteWriter().U64(TailPosition()));
+    PutInto(block, 143, ByteWriter().Text("UU"));  // sex and hand
+    PutInto(block, 295, ByteWriter().F32(1));      // scale of the summary
+    PutInto(block, 353, ByteWriter().Word(b_.events_.size(), 4));
+    PutInto(block, 372, ByteWriter().U16(1));
+    PutInto(block, 390, ByteWriter().F32(10));
+    PutInto(block, 683, ByteWriter().U16(150));  // base of the gain table
+    PutInto(block, 698, ByteWriter().F32(2.5f));
+    PutInto(block, 800, ByteWriter().F32(BinWidth()).U8(U8(revision_)).U16(1));
+    PutInto(block, 816, ByteWriter().F32(40).F32(20));  // box on the display
+    PutInto(block, 884, ByteWriter().U8(U8(b_.timeFrequencyFlag_)).U8(U8(layout_)));
+    if (HasEventTable()) PutInto(block, 886, ByteWriter().Word(eventTablePosition_, 4));
+    PutInto(block, 894, ByteWriter().Word(layout_ == 3 ? BlockBytes() : 1, 4));
   }
 
-  void PutPatches(Block& block, std::size_t channels, std::size_t channelSize) const {
+  Bytes ChannelRecord(std::size_t channel) const {
+    ByteWriter record;
+    record.Bytes(TextOf(10, b_.labels_[channel].substr(0, 9))).U8(255);  // no link
+    record.Zeros(2).U8(1).Zeros(1).U16(1).Zeros(42);                     // enabled, one sweep
+    record.F32(b_.calibration_).Zeros(1).U8(5).U8(3);                    // from 0.3 to 70 Hz
+    return record.Zeros(3).U8(U8(static_cast<int>(channel))).Zeros(1).F32(b_.sensitivity_);
+  }
+
+  void PutPatches(Bytes& block) const {
+    const std::size_t channels = IsOldest() ? kOldestChannels : kHeaderSize;
+    const std::size_t channelSize = IsOldest() ? kOldestChannelSize : kChannelSize;
     for (const Patch& patch : b_.patches_) {
       const std::size_t record =
           patch.channel ? channels + channelSize * static_cast<std::size_t>(*patch.channel) : 0;
       const std::size_t room = patch.channel ? channelSize : channels;
       if (patch.offset + patch.bytes.size() > room) throw std::out_of_range("field outside its record");
-      block.Put(record + patch.offset, patch.bytes);
+      PutInto(block, record + patch.offset, patch.bytes);
     }
   }
 
   bool HasShortBlock() const { return b_.oldestFirstByte_ == 2 || b_.oldestFirstByte_ == 5; }
   bool HasNoteBlock() const { return b_.oldestFirstByte_ == 3 || b_.oldestFirstByte_ == 5; }
 
-  std::size_t OldestHeaderSize() const {
-    return (HasShortBlock() ? 1 + b_.shortBlock_.size() + kOldestSize - kOldestBehindTexts : kOldestSize) +
-           (HasNoteBlock() ? b_.noteBlock_.size() : 0);
-  }
-
-  Bytes OldestHeader() const {
-    Block block(kOldestSize);
-    PutSharedFields(block);
-    for (std::size_t i = 0; i < std::min(ChannelCount(), ChannelRecords()); ++i) {
-      block.Put(kOldestChannels + kOldestChannelSize * i, TextOf(9, b_.labels_[i]));
-    }
-    PutPatches(block, kOldestChannels, kOldestChannelSize);
+  Bytes WithBlocks(const Bytes& block) const {
+    const std::span<const std::byte> all(block);
     ByteWriter header;
     if (HasShortBlock()) {
-      header.Bytes(block.From(0).first(1)).Bytes(b_.shortBlock_).Bytes(block.From(kOldestBehindTexts));
+      header.Bytes(all.first(1)).Zeros(kOldestShortBlock).Bytes(all.subspan(kOldestBehindTexts));
     } else {
-      header.Bytes(block.From(0));
+      header.Bytes(all);
     }
-    if (HasNoteBlock()) header.Bytes(b_.noteBlock_);
-    return header;
+    return header.Zeros(HasNoteBlock() ? kOldestNoteBlock : 0);
   }
 
   std::size_t PointCount() const {
@@ -421,18 +375,8 @@ RecordingBuilder& RecordingBuilder::Revision(int revision) {
   return Set(revision_, revision);
 }
 
-RecordingBuilder& RecordingBuilder::ShortBlock(std::string_view subjectText, float summaryA, int summaryB) {
-  ByteWriter block;
-  block.Bytes(TextOf(20, subjectText)).F32(summaryA).Zeros(4).I16(static_cast<std::int16_t>(summaryB));
-  return Set(shortBlock_, block.Written());
-}
-
-RecordingBuilder& RecordingBuilder::NoteBlock(std::string_view text) {
-  return Set(noteBlock_, TextOf(66, text));
-}
-
 RecordingBuilder& RecordingBuilder::Kind(int fileForm, int acquisitionMode, int timeFrequencyFlag) {
-  return FileForm(fileForm).AcquisitionMode(acquisitionMode).Set(timeFrequencyFlag_, timeFrequencyFlag);
+  return Set(fileForm_, fileForm).AcquisitionMode(acquisitionMode).Set(timeFrequencyFlag_, timeFrequencyFlag);
 }
 
 RecordingBuilder& RecordingBuilder::Channels(int count) {

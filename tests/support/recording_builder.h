@@ -62,12 +62,9 @@ class RecordingBuilder {
   RecordingBuilder& Revision(int revision);
 
   // The layout before the first revision, with samples in layout 0. Its first byte is the file form too: 2, 3
-  // and 5 have blocks of their own before or behind the header, any other byte but 'V' has the plain form.
+  // and 5 have empty blocks of their own before or behind the header, any other byte but 'V' has the plain
+  // form.
   RecordingBuilder& OldestLayout(int firstByte) { return Set(oldestFirstByte_, firstByte); }
-
-  // Before the header of first bytes 2 and 5, and behind that of 3 and 5.
-  RecordingBuilder& ShortBlock(std::string_view subjectText, float summaryA, int summaryB);
-  RecordingBuilder& NoteBlock(std::string_view text);
 
   // ---- kind; continuous if nothing is said
 
@@ -76,8 +73,6 @@ class RecordingBuilder {
   RecordingBuilder& AveragedWithStatistics() { return Kind(0, 6, 0); }
   RecordingBuilder& TimeFrequency() { return Kind(1, 0, 1); }
 
-  // The bytes that make the kind. The first byte of the oldest layout overrules the file form.
-  RecordingBuilder& FileForm(int form) { return Set(fileForm_, form); }
   RecordingBuilder& AcquisitionMode(int mode) { return Set(acquisitionMode_, mode); }
   RecordingBuilder& FrequencyDomain(int domain = 1) { return Set(frequencyDomain_, domain); }
 
@@ -112,7 +107,6 @@ class RecordingBuilder {
   RecordingBuilder& PutU32(std::size_t at, std::uint32_t value) { return Put(at, ByteWriter().U32(value)); }
   RecordingBuilder& PutI16(std::size_t at, std::int16_t value) { return Put(at, ByteWriter().I16(value)); }
   RecordingBuilder& PutF32(std::size_t at, float value) { return Put(at, ByteWriter().F32(value)); }
-  RecordingBuilder& PutF64(std::size_t at, double value) { return Put(at, ByteWriter().F64(value)); }
   RecordingBuilder& PutText(std::size_t at, std::string_view text) {
     return Put(at, ByteWriter().Text(text));
   }
@@ -234,8 +228,6 @@ class RecordingBuilder {
 
   int revision_ = 16;
   std::optional<int> oldestFirstByte_;
-  Bytes shortBlock_ = Bytes(30);
-  Bytes noteBlock_ = Bytes(66);
 
   int fileForm_ = 2;
   int acquisitionMode_ = 3;
