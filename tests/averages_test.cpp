@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "tests/support/opened_recording.h"
+#include "tests/support/setup_tail.h"
 #include "wavelock/recording/statistics.h"
 
 namespace wavelock {
@@ -54,6 +55,15 @@ TEST(Averages, OnlySectionsThatExistAreRead) {
   EXPECT_FALSE(recording.ReadAveragedSection(0, out.data(), 1) ||
                recording.ReadAveragedSection(1, nullptr, 1));
   EXPECT_FALSE(OpenedRecording(Average().FileSize(Average().Build().size() - 1)).isOpen) << "a cut variance";
+  const StoredContainer oneChannel = TailOf(
+      [](CSetup& setup) {
+        setup.dataKind = kAverage;
+        setup.pointCount = 2;
+        setup.hasVariance = 0;
+      },
+      1);
+  EXPECT_FALSE(OpenedRecording(Average().Tail(oneChannel.records)).isOpen)
+      << "the sections have two channels";
 }
 
 TEST(Averages, PowersBeforeRevision13TakeTheSensitivityTwiceMore) {
@@ -150,6 +160,12 @@ TEST(SignalStatistics, FirstReadFillsWhatIsMissing) {
   EXPECT_FLOAT_EQ(opened.Setup().mainField8164, std::sqrt(2.0f));
   EXPECT_EQ(opened.Setup().channels[2].signalRatio, 99) << "what is set stays";
   EXPECT_EQ(opened.Setup().channels[0].signalRatio, 0);
+  EXPECT_EQ(opened.Setup().mainField8168, opened.Setup().channels[1].signalRatio);
+
+  opened.recording.file = opened.test.memory.Open("test.rec", OpenMode::kReadOnly);
+  opened.Setup().mainField8168 = 0;
+  std::vector<float> out(18);
+  EXPECT_TRUE(opened.recording.ReadAveragedSection(6, out.data(), 1));
   EXPECT_EQ(opened.Setup().mainField8168, opened.Setup().channels[1].signalRatio);
 }
 

@@ -110,7 +110,8 @@ TEST(Events, PointsThatNoSampleHasAreKeptAsTheyCompute) {
   constexpr std::uint32_t kCases[][2] = {{kDataStart + 13, 3},
                                          {kDataStart - 1, 0},
                                          {kDataStart - 4, 0xFFFFFFFF},
-                                         {0x80000000, (0x80000000 - kDataStart) / 4}};
+                                         {0x80000000, (0x80000000 - kDataStart) / 4},
+                                         {0xFFFFFFFF, 0 - (kDataStart + 1) / 4}};
   for (const auto& [stored, point] : kCases) {
     for (const int kind : {1, 2})
       EXPECT_THAT(Points(WithEvents({{.stimType = 1, .storedPoint = stored}}).EventTableKind(kind)),

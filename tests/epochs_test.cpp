@@ -146,15 +146,19 @@ RecordingBuilder TwoPairs(std::uint32_t place02 = kStart + kEntry, std::uint32_t
 }
 
 TEST(PairedData, PairsAreBuiltOnceAndGoWithTheFile) {
-  OpenedRecording opened(TwoPairs(), "test.rec", 1);
-  CTFDPaired* const pairs = opened.recording.BuildPairedData();
-  ASSERT_NE(pairs, nullptr);
-  EXPECT_THAT(pairs->pairIndex.All(), ElementsAre(0, 1, 2, 2));
-  EXPECT_THAT(pairs->real.All(), ElementsAre(5, 6, 1, 2));
-  EXPECT_THAT(pairs->imaginary.All(), ElementsAre(7, 8, 3, 4));
-  EXPECT_EQ(opened.recording.BuildPairedData(), pairs);
-  opened.recording.CloseFile();
-  EXPECT_EQ(opened.recording.BuildPairedData(), nullptr);
+  constexpr std::uint32_t kEnd = kStart + 2 * kEntry + 9 * 4;
+  for (const RecordingBuilder& builder :
+       {TwoPairs(), TwoPairs().Revision(15).PutU32(12, kEnd).Append(std::vector<std::byte>(100))}) {
+    OpenedRecording opened(builder, "test.rec", 1);
+    CTFDPaired* const pairs = opened.recording.BuildPairedData();
+    ASSERT_NE(pairs, nullptr);
+    EXPECT_THAT(pairs->pairIndex.All(), ElementsAre(0, 1, 2, 2));
+    EXPECT_THAT(pairs->real.All(), ElementsAre(5, 6, 1, 2));
+    EXPECT_THAT(pairs->imaginary.All(), ElementsAre(7, 8, 3, 4));
+    EXPECT_EQ(opened.recording.BuildPairedData(), pairs);
+    opened.recording.CloseFile();
+    EXPECT_EQ(opened.recording.BuildPairedData(), nullptr);
+  }
 }
 
 TEST(PairedData, PlacesThatCountAsNoneAreLeftOut) {

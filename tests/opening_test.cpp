@@ -56,6 +56,10 @@ TEST(Opening, AnObjectServesOneFileAfterTheOther) {
   EXPECT_EQ(recording.headerRevision, 13);
   EXPECT_THAT(opened.Microvolts(0, 1), IsEmpty());
 
+  opened.test.memory.Put("short.rec", Small().FileSize(950).Build());
+  recording.OpenFile("short.rec");
+  EXPECT_EQ(recording.dataStart, -1) << "a block that ends early is whole nowhere";
+
   opened.test.memory.Put("a recording.rec", Small().Channels(1).Build());
   EXPECT_TRUE(recording.OpenFile(" \t\"a recording.rec\" \n"));
   EXPECT_EQ(recording.GetFileName(), "a recording.rec");

@@ -85,6 +85,13 @@ TEST_F(ProfileFile, EditedByHandKeepsWhatThePersonWrote) {
       "[Other]\nSetupFile = other\nLast = 2\n");
 }
 
+TEST_F(ProfileFile, ByteOrderMarkAndCommentBehindASectionAreNothing) {
+  Put("\xEF\xBB\xBF[State] # of this ward\nAutoReadOnly = 1\n");
+  ASSERT_TRUE(store_.SetInt("State", "Last", 2));
+  EXPECT_EQ(store_.GetInt("State", "AutoReadOnly", 0), 1);
+  EXPECT_EQ(Text(), "\xEF\xBB\xBF[State] # of this ward\nAutoReadOnly = 1\nLast = 2\n");
+}
+
 TEST_F(ProfileFile, WritersAtTheSameTimeLoseNothing) {
   const auto write = [this](int writer) {
     FileProfileStore own(files_, path_);  // as another process would have it
