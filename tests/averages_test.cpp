@@ -33,6 +33,7 @@ TEST(Averages, OpenKeepsThemAndClosesTheFile) {
   OpenedRecording opened(Average());
   EXPECT_FALSE(opened.recording.CloseFile());
   EXPECT_THAT(Values(opened), ElementsAre(2.5f, -3, 5, 5)) << "points x channels";
+  EXPECT_EQ(opened.recording.LoadDataObject(0)->errorText, "");
   opened.test.memory.Put("c.rec", RecordingBuilder().Samples({1, 2}).Build());
   ASSERT_TRUE(opened.recording.OpenFile("c.rec"));
   EXPECT_EQ(opened.recording.LoadDataObject(0), nullptr) << "the next file has none";
@@ -156,6 +157,7 @@ TEST(SignalStatistics, FirstReadFillsWhatIsMissing) {
                              .Times(-0.04f, 0.02f)
                              .Data(data)
                              .PutChannelU8(0, 11, 1)
+                             .PutChannelF32(0, 35, 7)
                              .PutChannelF32(2, 35, 99));
   EXPECT_FLOAT_EQ(opened.Setup().mainField8164, std::sqrt(2.0f));
   EXPECT_EQ(opened.Setup().channels[2].signalRatio, 99) << "what is set stays";
