@@ -19,19 +19,12 @@ struct StoredRecord {
   std::uint16_t version = 0;
   std::vector<std::byte> payload{};
 
-  template <class Number>
-  Number At(std::size_t offset) const {
-    Number number;
+  std::int32_t I32(std::size_t offset) const {
+    std::int32_t number = 0;
     if (offset + sizeof number > payload.size()) throw std::out_of_range("behind the payload");
     std::memcpy(&number, payload.data() + offset, sizeof number);
     return number;
   }
-  std::int32_t I32(std::size_t offset) const { return At<std::int32_t>(offset); }
-  float F32(std::size_t offset) const { return At<float>(offset); }
-  std::string Text(std::size_t offset) const {
-    return reinterpret_cast<const char*>(payload.data() + offset);
-  }
-
   template <class Number>
   void Put(std::size_t offset, Number number) {
     if (offset + sizeof number > payload.size()) throw std::out_of_range("behind the payload");

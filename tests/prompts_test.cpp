@@ -1,9 +1,17 @@
-// On a terminal a person is asked; anywhere else the safe answer is taken and told.
+// On a terminal a person is asked; anywhere else the safe answer is taken and told. A number on a grid never
+// leaves its range, and colours are drawn as themselves.
 #include <gtest/gtest.h>
 
+#include <limits>
+#include <optional>
 #include <sstream>
+#include <string>
+#include <utility>
 
+#include "tests/support/test_host.h"
 #include "wavelock/platform/console_modal_interface.h"
+#include "wavelock/prompts/colours.h"
+#include "wavelock/prompts/spin_value_dialog.h"
 
 namespace wavelock {
 namespace {
@@ -35,42 +43,40 @@ struct Console {
 };
 
 TEST(ConsolePrompt, OnlyYesIsYes) {
-  EXPECT_TRUE(Console("y\n").modal.AskYesNo(Text("Go on?")));
-  EXPECT_TRUE(Console("what\n  YES \r\n").modal.AskYesNo(Text("Go on?")));
-  for (const char* typed : {"", "\n", "n\n", "No\n", "q\ny\n", "what\n"}) {
+  for (const char* typed : {"y\n", "what\n  YES \r\n"})
+    EXPECT_TRUE(Console(typed).modal.AskYesNo(Text("Go on?"))) << typed;
+  for (const char* typed : {"\n", "n\n", "No\n", "q\ny\n", "what\n"})
     EXPECT_FALSE(Console(typed).modal.AskYesNo(Text("Go on?"))) << typed;
-  }
   Console ended("");
   EXPECT_FALSE(ended.modal.AskYesNo(Text("First?")));
   ended.answers.str("y\n");
   EXPECT_TRUE(ended.modal.AskYesNo(Text("Second?"))) << "the input goes on";
 }
 
-TEST(ConsolePrompt, DialogKeepsItsFieldsWhenCancelledAtAnyPoint) {
+TEST(ConsolePrompt, DialogTakesAnswersOnlyWhenItGetsThemAll) {
   for (const char* typed : {"", "q\n", "2\n", "2\nq\n", "3\n0\n-1\nx\n"}) {
     ModalDialog dialog = KindDialog();
     dialog.checkBox = "Always";
     EXPECT_FALSE(Console(typed).modal.RunDialog(dialog)) << typed;
-    EXPECT_EQ(dialog.choice, 0);
-    EXPECT_FALSE(dialog.checked);
+    EXPECT_TRUE(dialog.choice == 0 && !dialog.checked) << typed;
   }
-}
-
-TEST(ConsolePrompt, DialogTakesTheChoiceTheTickAndTheUsualAnswers) {
-  ModalDialog kind = KindDialog();
-  EXPECT_TRUE(Console("9\n2\n").modal.RunDialog(kind));
-  EXPECT_EQ(kind.choice, 1);
-  EXPECT_TRUE(Console("\n").modal.RunDialog(kind));
-  EXPECT_EQ(kind.choice, 1);
-  kind.choice = -1;
-  EXPECT_TRUE(Console("\n1\n").modal.RunDialog(kind));
-  EXPECT_EQ(kind.choice, 0) << "without a usual one a choice must be made";
-
+  struct Answered {
+    int usual;
+    const char* typed;
+    int choice;
+  };
+  for (const auto& [usual, typed, choice] :
+       {Answered{0, "9\n2\n", 1}, Answered{1, "\n", 1}, Answered{-1, "\n1\n", 0}}) {
+    ModalDialog dialog = KindDialog();
+    dialog.choice = usual;  // -1: without a usual one a choice must be made
+    EXPECT_TRUE(Console(typed).modal.RunDialog(dialog));
+    EXPECT_EQ(dialog.choice, choice) << typed;
+  }
   ModalDialog box = BoxDialog();
-  EXPECT_TRUE(Console("y\n").modal.RunDialog(box));
-  EXPECT_TRUE(box.checked);
-  EXPECT_TRUE(Console("\n").modal.RunDialog(box));
-  EXPECT_TRUE(box.checked);
+  for (const char* typed : {"y\n", "\n"}) {
+    EXPECT_TRUE(Console(typed).modal.RunDialog(box));
+    EXPECT_TRUE(box.checked) << typed;
+  }
 }
 
 TEST(ConsolePrompt, NobodyIsAskedWithoutATerminalAndTheOutcomeIsTold) {
@@ -80,8 +86,7 @@ TEST(ConsolePrompt, NobodyIsAskedWithoutATerminalAndTheOutcomeIsTold) {
   EXPECT_FALSE(console.modal.AskYesNo(Text("Go on?")));
   EXPECT_FALSE(console.modal.RunDialog(kind));
   EXPECT_FALSE(console.modal.RunDialog(box));
-  EXPECT_EQ(kind.choice, 0);
-  EXPECT_FALSE(box.checked);
+  EXPECT_TRUE(kind.choice == 0 && !box.checked);
   EXPECT_EQ(console.answers.tellg(), 0);
   EXPECT_EQ(console.words.str(),
             "wavelock: Go on?\n"
@@ -99,8 +104,7 @@ TEST(ConsolePrompt, PathToSaveToIsTypedAndAFileIsReplacedOnlyWhenWanted) {
   EXPECT_EQ(Console("x.y\n").modal.AskSavePath(dialog), "x.y");
   EXPECT_EQ(Console("\n").modal.AskSavePath(dialog), "no/folder/Old.ast");
   EXPECT_EQ(Console("\nx\n").modal.AskSavePath({}), "x") << "there is no usual name";
-  EXPECT_EQ(Console("q\n").modal.AskSavePath(dialog), std::nullopt);
-  EXPECT_EQ(Console("").modal.AskSavePath(dialog), std::nullopt);
+  for (const char* typed : {"q\n", ""}) EXPECT_EQ(Console(typed).modal.AskSavePath(dialog), std::nullopt);
   EXPECT_EQ(Console("x\n", false).modal.AskSavePath(dialog), std::nullopt);
   EXPECT_EQ(Console("/\nn\nx.ast\n").modal.AskSavePath({}), "x.ast");
   EXPECT_EQ(Console("/\ny\n").modal.AskSavePath({}), "/");
@@ -117,6 +121,52 @@ TEST(ConsolePrompt, TextsCannotSteerTheTerminal) {
   Console console("");
   console.modal.ShowMessage(Text("caf\xC3\xA9 \x1B[2J\x07 \xC2\x9B\x31m\nline"));
   EXPECT_EQ(console.words.str(), "wavelock: caf\xC3\xA9 ?[2J? ?1m\nline\n");
+}
+
+// ---- numbers and colours
+
+TEST(SpinValue, PushedOrTypedItStaysOnItsGrid) {
+  CSpinValueDialog dialog;  // 1.5, 1.75, 2 ...
+  dialog.maxPosition = 70'000;
+  dialog.origin = 1.5F;
+  dialog.step = 0.25F;
+  dialog.Spin(10, 3);
+  EXPECT_EQ(dialog.position, 13);
+  EXPECT_EQ(dialog.textBuffer, "4.75");
+  dialog.Spin(std::numeric_limits<std::int32_t>::max(), std::numeric_limits<std::int32_t>::max());
+  EXPECT_EQ(dialog.position, 70'000);
+  EXPECT_EQ(dialog.SpinPosition(), 70'000 - 65'536);
+  dialog.Spin(0, -1);
+  EXPECT_EQ(dialog.position, 0);
+
+  const std::pair<std::string, const char*> typed[] = {
+      {" 2.6 and more", "2.50"}, {"2.7", "2.75"}, {"-9", "1.50"},    {"none", "1.50"},
+      {"1e3", "1000.00"},        {"1e", "1.50"},  {"+.2e1", "2.00"}, {std::string(49, '0') + "29", "2.00"},
+      {"1e999", "17501.50"}};
+  for (const auto& [text, shown] : typed) {
+    dialog.LeaveField(text);
+    EXPECT_EQ(dialog.textBuffer, shown) << text;
+  }
+  dialog.step = 0;
+  dialog.LeaveField("1.5");
+  EXPECT_EQ(dialog.position, 0) << "0 / 0";
+  dialog.LeaveField("2");
+  EXPECT_EQ(dialog.position, 70'000) << "infinitely many steps";
+}
+
+TEST(Colours, AreListedOnceAndStayWhenThePersonCancels) {
+  TestHost test;
+  CSpinValueDialog dialog;
+  test.user.ExpectColour(0x0080FFu);
+  test.user.ExpectColour(std::nullopt);
+  for (int i = 0; i < 2; ++i) dialog.ChooseColour(test.host);
+  EXPECT_EQ(dialog.colour, 0x0080FFu);
+  CColourList list;
+  list.selection = 3;
+  for (int i = 0; i < 2; ++i) list.DropDown();
+  EXPECT_EQ(list.Items().size(), kColours.size());
+  EXPECT_EQ(list.selection, 3);
+  EXPECT_FALSE(SwatchOf(0x00FF00, true).background.has_value()) << "what has the focus is drawn in a frame";
 }
 
 }  // namespace
