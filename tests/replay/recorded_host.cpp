@@ -53,7 +53,7 @@ nlohmann::json RecordingUser::TakeMessages() {
 }
 
 RecordedHost::RecordedHost(const nlohmann::json& host)
-    : user_(host), host_{Host::Default().files, profile_, user_, Host::Default().process} {
+    : user_(host), host_{Host::Default().files, profile_, user_, process_} {
   for (const auto& entry : host.value("profile", nlohmann::json::array())) {
     SetProfile(entry.at(0), entry.at(1), entry.at(2));
   }

@@ -1,5 +1,5 @@
-// The host of a replayed script: the machine's own files, a profile in memory, and a person whose answers the
-// script states. Everything that is shown is kept.
+// The host of a replayed script: the machine's own files, a profile in memory, a process that is the same
+// everywhere, and a person whose answers the script states. Everything that is shown is kept.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -45,6 +45,7 @@ class RecordedHost {
  private:
   MemoryProfileStore profile_;
   RecordingUser user_;
+  FakeProcess process_;
   Host host_;
 };
 
