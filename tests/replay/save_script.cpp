@@ -89,24 +89,50 @@ void StoreLeaf(Leaf& leaf, const json& value) {
   }
 }
 
-// A field of bytes is known by their hexadecimal digits, each byte of it by its index.
-void SetField(CSetup& setup, const std::string& field, const json& value) {
-  std::vector<std::byte> bytes;
-  bool isFound = false;
-  VisitLeaves("", setup, [&](const std::string& path, auto& leaf) {
-    if (path == field) {
-      StoreLeaf(leaf, value);
-      isFound = true;
-    } else if constexpr (std::is_same_v<std::remove_reference_t<decltype(leaf)>, std::uint8_t>) {
-      if (!path.starts_with(field + "[")) return;
-      if (bytes.empty()) bytes = FromHexadecimal(value.get<std::string>());
-      const std::size_t index = std::stoul(path.substr(field.size() + 1));
-      if (index < bytes.size()) leaf = std::to_integer<std::uint8_t>(bytes[index]);
-      isFound = true;
+// What is to be put into fields, by their paths, all in one pass over the setup. A field of bytes is known by
+// their hexadecimal digits, each byte of it by its index.
+class PendingFields {
+ public:
+  void Add(const std::string& path, const json& value) { values_[path] = {.json = value, .bytes = {}}; }
+
+  void Store(CSetup& setup) {
+    if (values_.empty()) return;
+    VisitLeaves("", setup, [this](const std::string& path, auto& leaf) {
+      if (Value* const value = Find(path)) {
+        StoreLeaf(leaf, value->json);
+      } else if constexpr (std::is_same_v<std::remove_reference_t<decltype(leaf)>, std::uint8_t>) {
+        const std::size_t bracket = path.rfind('[');
+        if (Value* const bytes = bracket == path.npos ? nullptr : Find(path.substr(0, bracket)))
+          StoreByte(leaf, *bytes, std::stoul(path.substr(bracket + 1)));
+      }
+    });
+    for (const auto& [path, value] : values_) {
+      if (!value.isStored) throw std::runtime_error("the setup has no field " + path);
     }
-  });
-  if (!isFound) throw std::runtime_error("the setup has no field " + field);
-}
+    values_.clear();
+  }
+
+ private:
+  struct Value {
+    nlohmann::json json;
+    std::vector<std::byte> bytes;
+    bool isStored = false;
+  };
+
+  Value* Find(const std::string& path) {
+    const auto found = values_.find(path);
+    if (found == values_.end()) return nullptr;
+    found->second.isStored = true;
+    return &found->second;
+  }
+
+  static void StoreByte(std::uint8_t& leaf, Value& value, std::size_t index) {
+    if (value.bytes.empty()) value.bytes = FromHexadecimal(value.json.get<std::string>());
+    if (index < value.bytes.size()) leaf = std::to_integer<std::uint8_t>(value.bytes[index]);
+  }
+
+  std::map<std::string, Value> values_;
+};
 
 // ---- steps
 
@@ -114,10 +140,11 @@ struct Stage {
   CRecordingFile& recording;
   RecordedHost& host;
   const std::string& path;
+  PendingFields fields{};  // that were set since the last other step
 };
 
 json Set(Stage& stage, const json& step) {
-  SetField(*stage.recording.setup, step.at("field").get<std::string>(), step.at("value"));
+  stage.fields.Add(step.at("field").get<std::string>(), step.at("value"));
   return nullptr;
 }
 
@@ -290,8 +317,11 @@ json RunSaveScript(const json& script) {
   Stage stage{recording, host, path};
   json results = json::array();
   for (const json& step : script.at("steps")) {
-    results.push_back(Operations().at(step.at("op").get<std::string>())(stage, step));
+    const std::string operation = step.at("op");
+    if (operation != "set") stage.fields.Store(*recording.setup);
+    results.push_back(Operations().at(operation)(stage, step));
   }
+  stage.fields.Store(*recording.setup);
   return {{"results", std::move(results)},
           {"messages", host.User().TakeMessages()},
           {"setupAfter", SetupFieldsOf(*recording.GetSetup())}};
