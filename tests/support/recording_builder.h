@@ -105,7 +105,6 @@ class RecordingBuilder {
   RecordingBuilder& PutU8(std::size_t at, std::uint8_t value) { return Put(at, ByteWriter().U8(value)); }
   RecordingBuilder& PutU16(std::size_t at, std::uint16_t value) { return Put(at, ByteWriter().U16(value)); }
   RecordingBuilder& PutU32(std::size_t at, std::uint32_t value) { return Put(at, ByteWriter().U32(value)); }
-  RecordingBuilder& PutI16(std::size_t at, std::int16_t value) { return Put(at, ByteWriter().I16(value)); }
   RecordingBuilder& PutF32(std::size_t at, float value) { return Put(at, ByteWriter().F32(value)); }
   RecordingBuilder& PutText(std::size_t at, std::string_view text) {
     return Put(at, ByteWriter().Text(text));
@@ -120,9 +119,6 @@ class RecordingBuilder {
   }
   RecordingBuilder& PutChannelF32(int channel, std::size_t at, float value) {
     return Put(at, ByteWriter().F32(value), channel);
-  }
-  RecordingBuilder& PutChannelText(int channel, std::size_t at, std::string_view text) {
-    return Put(at, ByteWriter().Text(text), channel);
   }
 
   // ---- continuous samples
