@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tests/replay/answers.h"
+#include "tests/replay/recorded_host.h"
 #include "tests/replay/scripts.h"
 #include "tests/support/temporary_folder.h"
 #include "wavelock/recording/recording_file.h"
@@ -96,7 +97,8 @@ void ShortenCalls(json& recording) {
 
 // Without what the script says already, and without all that a recording or a setup holds from the start.
 json Shortened(json answer) {
-  CRecordingFile recording(1);
+  RecordedHost host(json::object());  // a fresh object takes texts from the profile, which is nobody's here
+  CRecordingFile recording(1, host.Get());
   json fresh;
   AddState(recording, fresh);
   for (const char* setup : {"setup", "setupAfter"}) {
