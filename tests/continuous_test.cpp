@@ -125,6 +125,13 @@ TEST(Events, OnlyIdenticalRecordsAreDropped) {
   other.extra[10] = 1;
   EXPECT_THAT(Points(WithEvents({event, other, event, {.stimType = 2, .sample = 1}, other})),
               ElementsAre(4, 4, 1));
+  // In the order of their points, and more at one point than are compared by pairs.
+  EXPECT_THAT(
+      Points(WithEvents({event, other, event, {.stimType = 1, .sample = 5}, {.stimType = 1, .sample = 5}})),
+      ElementsAre(4, 4, 5));
+  std::vector<Event> many(40, event);
+  for (std::size_t i = 0; i < many.size(); ++i) many[i].stimType = static_cast<std::uint16_t>(i % 30);
+  EXPECT_THAT(Points(WithEvents(many)), ::testing::SizeIs(30));
 }
 
 TEST(Events, ManyTriggerWordsKeepTheirSamples) {

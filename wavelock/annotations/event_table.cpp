@@ -107,8 +107,26 @@ class Met {
   std::vector<Fingerprint> slots_;
 };
 
+// Marks the records that repeat an earlier one. In a table whose points never fall, as recorders write it,
+// equal records have nothing but records of the same point between them. False when the table is not of that
+// kind, or has more records at one point than are worth comparing by pairs: some may then be marked already.
+bool MarkAmongNeighbours(std::span<const EventRecord> records, std::vector<bool>& isRepeated) {
+  constexpr std::size_t kMostAtOnePoint = 16;
+  std::size_t first = 0;  // record of the same point
+  for (std::size_t i = 1; i < records.size(); ++i) {
+    if (records[i].point < records[i - 1].point) return false;
+    if (records[i].point != records[i - 1].point) first = i;
+    if (i - first >= kMostAtOnePoint) return false;
+    const auto earlier = records.subspan(first, i - first);
+    const auto isEqual = [&](const EventRecord& record) { return AreEqual(record, records[i]); };
+    if (std::any_of(earlier.begin(), earlier.end(), isEqual)) isRepeated[i] = true;
+  }
+  return true;
+}
+
 std::vector<bool> FindRepeated(std::span<const EventRecord> records) {
   std::vector<bool> isRepeated(records.size());
+  if (MarkAmongNeighbours(records, isRepeated)) return isRepeated;
   const Groups groups(Fingerprints(records));
   Met met(records);
   for (std::size_t g = 0; g < groups.Count(); ++g) {
