@@ -48,6 +48,24 @@ TEST(ContinuousSamples, EveryRangeGivesTheSamplesAsTheyWereStored) {
   }
 }
 
+// So many that they go around the cache, from a sample on that lets them do so only in some blocks.
+TEST(ContinuousSamples, AsManyAsNoCacheHoldsComeFromBlocksLikeFewDo) {
+  constexpr int kChannels = 17;
+  constexpr std::uint64_t kSamples = 600'000;
+  const auto valueAt = [](std::uint64_t sample, int channel) {
+    return static_cast<std::int16_t>(sample * 31 + static_cast<std::uint64_t>(channel) * 7919);
+  };
+  OpenedRecording opened(
+      RecordingBuilder().Layout(3).BlockSamples(999).Channels(kChannels).Samples(kSamples, valueAt));
+  const std::vector<std::int16_t> raw = opened.Raw<std::int16_t>(3, kSamples);
+  std::size_t wrong = 0;
+  for (std::size_t i = 0; i < raw.size(); ++i) {
+    wrong += raw[i] != valueAt(3 + i / kChannels, static_cast<int>(i % kChannels)) ? 1 : 0;
+  }
+  EXPECT_EQ(raw.size(), (kSamples - 3) * kChannels);
+  EXPECT_EQ(wrong, 0U);
+}
+
 TEST(ContinuousSamples, WideSamplesComeAsTheyAre) {
   OpenedRecording wide(RecordingBuilder().Channels(2).Width(4).Samples({1 << 30, -7, 3, 4}));
   wide.recording.sampleWidth = 4;

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "wavelock/numerics/positions.h"
+#include "wavelock/numerics/streaming.h"
 #include "wavelock/recording/deinterleave.h"
 #include "wavelock/recording/overlay_pass.h"
 #include "wavelock/recording/recording_file.h"
@@ -158,6 +159,7 @@ bool CRecordingFile::ReadRecords(std::uint64_t start, std::uint64_t count, std::
 struct BlockShape {
   std::uint64_t channels;
   std::uint64_t run;  // samples of one channel
+  bool isStreamed;    // when more is wanted of the blocks than caches hold
 
   std::uint64_t Words() const { return channels * run; }
   std::uint64_t Bytes() const { return Words() * sizeof(std::uint16_t); }
@@ -182,7 +184,9 @@ const std::uint16_t* WordsIn(std::span<const std::byte> bytes) {
 bool CRecordingFile::ReadBlocks(std::uint64_t start, std::uint64_t end, std::uint16_t* out) {
   const std::int64_t runBytes = static_cast<std::int32_t>(std::uint32_t{rawHeader.header.blockBytes});
   if (runBytes < sampleWidth || dataStart < 0) return false;
-  const BlockShape shape{rawHeader.header.channelCount, static_cast<std::uint64_t>(runBytes / sampleWidth)};
+  const std::uint64_t channels = rawHeader.header.channelCount;
+  const BlockShape shape{channels, static_cast<std::uint64_t>(runBytes / sampleWidth),
+                         (end - start) * channels >= kMoreThanCachesHold / sizeof *out};
   const std::uint64_t behind = (end - 1) / shape.run + 1;
   const auto blocksEnd = CheckedMultiply(behind, shape.Bytes());
   const auto lastByte =
@@ -217,7 +221,8 @@ bool CRecordingFile::ReadWholeBlocks(const BlockShape& shape, std::uint64_t posi
     const std::uint64_t offset = from % shape.run;
     const std::uint64_t samples = std::min(shape.run - offset, to - from);
     TransposeChannels(words + offset, static_cast<std::size_t>(shape.channels),
-                      static_cast<std::size_t>(shape.run), static_cast<std::size_t>(samples), out);
+                      static_cast<std::size_t>(shape.run), static_cast<std::size_t>(samples), out,
+                      shape.isStreamed);
     out += samples * shape.channels;
     from += samples;
   }
@@ -240,7 +245,8 @@ bool CRecordingFile::ReadPartOfBlock(const BlockShape& shape, std::uint64_t posi
       if (!file->ReadExactly(runs.subspan(static_cast<std::size_t>(c) * bytes, bytes))) return false;
     }
     TransposeChannels(WordsIn(runs), static_cast<std::size_t>(shape.channels),
-                      static_cast<std::size_t>(samples), static_cast<std::size_t>(samples), out);
+                      static_cast<std::size_t>(samples), static_cast<std::size_t>(samples), out,
+                      shape.isStreamed);
     out += samples * shape.channels;
     from += samples;
   }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "wavelock/numerics/streaming.h"
+
 namespace wavelock {
 namespace {
 
@@ -38,6 +40,21 @@ void TransposeEdge(const std::uint16_t* in, std::size_t channels, std::size_t ro
   }
 }
 
+void TransposeBand(const std::uint16_t* in, std::size_t channels, std::size_t rowLength, std::size_t samples,
+                   std::uint16_t* out) {
+  const std::size_t squareChannels = channels - channels % kSquare;
+  const std::size_t squareSamples = samples - samples % kSquare;
+  for (std::size_t c = 0; c < squareChannels; c += kSquare) {
+    for (std::size_t s = 0; s < squareSamples; s += kSquare) {
+      TransposeSquare(in + c * rowLength + s, rowLength, out + s * channels + c, channels);
+    }
+  }
+  TransposeEdge(in + squareChannels * rowLength, channels - squareChannels, rowLength, samples,
+                out + squareChannels, channels);
+  TransposeEdge(in + squareSamples, squareChannels, rowLength, samples - squareSamples,
+                out + squareSamples * channels, channels);
+}
+
 }  // namespace
 
 void CopyFromRecords(const std::byte* in, std::size_t records, std::size_t stride, std::size_t skip,
@@ -52,23 +69,16 @@ void CopyFromRecords(const std::byte* in, std::size_t records, std::size_t strid
 // In bands of as many samples as one cache line of each row holds, so that every line is fetched once and the
 // rows that are written stay in the cache until they are full.
 void TransposeChannels(const std::uint16_t* in, std::size_t channels, std::size_t rowLength,
-                       std::size_t samples, std::uint16_t* out) {
+                       std::size_t samples, std::uint16_t* out, bool isStreamed) {
   constexpr std::size_t kBand = 32;
-  const std::size_t squareChannels = channels - channels % kSquare;
+  constexpr std::size_t kMostStreamedChannels = 256;
+  std::uint16_t streamed[kBand * kMostStreamedChannels];
+  isStreamed = isStreamed && channels <= kMostStreamedChannels && IsStreamable(out);
   for (std::size_t first = 0; first < samples; first += kBand) {
     const std::size_t band = std::min(kBand, samples - first);
-    const std::size_t squareSamples = band - band % kSquare;
-    const std::uint16_t* from = in + first;
-    std::uint16_t* to = out + first * channels;
-    for (std::size_t c = 0; c < squareChannels; c += kSquare) {
-      for (std::size_t s = 0; s < squareSamples; s += kSquare) {
-        TransposeSquare(from + c * rowLength + s, rowLength, to + s * channels + c, channels);
-      }
-    }
-    TransposeEdge(from + squareChannels * rowLength, channels - squareChannels, rowLength, band,
-                  to + squareChannels, channels);
-    TransposeEdge(from + squareSamples, squareChannels, rowLength, band - squareSamples,
-                  to + squareSamples * channels, channels);
+    std::uint16_t* const to = out + first * channels;
+    TransposeBand(in + first, channels, rowLength, band, isStreamed ? streamed : to);
+    if (isStreamed) StreamCopy(streamed, band * channels * sizeof *to, to);
   }
 }
 
