@@ -34,6 +34,8 @@ constexpr std::size_t kAveragePrefix = 5;
 constexpr std::size_t kChunkBytes = 512 * 1024;
 // At least so many channels, so that lines of the cache are filled at once; fewer than half a line is slow.
 constexpr std::size_t kFewestAtOnce = 16;
+// Of each of these channels, so that what is worked on stays in the innermost cache.
+constexpr std::size_t kMostValuesAtOnce = 256;
 
 bool HasSection(const RecordingHeader& header, int section) {
   switch (section) {
@@ -208,23 +210,32 @@ bool CRecordingFile::ReadSectionRows(int section, const SectionShape& shape, con
   const std::size_t count = out.size() / channels;
   const std::size_t stored = std::min(count, shape.values);
   const std::size_t atOnce = ChannelsAtOnce(shape);
+  const std::size_t valuesAtOnce = std::min(kMostValuesAtOnce, stored);
   for (std::size_t first = 0; first < channels; first += atOnce) {
     const std::size_t rows = std::min(atOnce, channels - first);
     const std::span<std::byte> bytes = readBuffer_.Take(rows * shape.RowBytes());
-    const std::span<float> values = TakeFloats(rawBuffer_, rows * shape.values);
-    if (bytes.size() < rows * shape.RowBytes() || values.size() < rows * shape.values) return false;
+    const std::span<float> values = TakeFloats(rawBuffer_, rows * valuesAtOnce);
+    if (bytes.size() < rows * shape.RowBytes() || values.size() < rows * valuesAtOnce) return false;
     if (!file->ReadExactly(bytes)) return false;
-    for (std::size_t r = 0; r < rows; ++r) {
-      const std::span<float> row = values.subspan(r * shape.values, shape.values);
-      TakeValues(bytes.data() + r * shape.RowBytes() + shape.prefix, row);
-      ApplyRules(rules, first + r, row);
-      if (section != kAverageSection) continue;
-      SetupChannel& channel = setup->channels[first + r];
-      channel.sweeps = std::max(channel.sweeps, 1);
-      ScaleAverage(row, channel.sweeps, static_cast<double>(channel.channelScale),
-                   halveSpectrum == 1 ? 0.5 : 1);
+    if (section == kAverageSection) {
+      for (std::size_t r = 0; r < rows; ++r) {
+        SetupChannel& channel = setup->channels[first + r];
+        channel.sweeps = std::max(channel.sweeps, 1);
+      }
     }
-    Transpose(values.data(), rows, stored, shape.values, out.data() + first, channels);
+    for (std::size_t v = 0; v < stored; v += valuesAtOnce) {
+      const std::size_t length = std::min(valuesAtOnce, stored - v);
+      for (std::size_t r = 0; r < rows; ++r) {
+        const std::span<float> row = values.subspan(r * length, length);
+        TakeValues(bytes.data() + r * shape.RowBytes() + shape.prefix + v * sizeof(float), row);
+        ApplyRules(rules, first + r, row);
+        if (section != kAverageSection) continue;
+        const SetupChannel& channel = setup->channels[first + r];
+        ScaleAverage(row, channel.sweeps, static_cast<double>(channel.channelScale),
+                     halveSpectrum == 1 ? 0.5 : 1);
+      }
+      Transpose(values.data(), rows, length, length, out.data() + v * channels + first, channels);
+    }
   }
   // The setup may tell of more points than the header does.
   std::fill(out.begin() + static_cast<std::ptrdiff_t>(stored * channels), out.end(), 0.0F);

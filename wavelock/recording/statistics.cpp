@@ -71,7 +71,8 @@ void CSignalStats::Free() {
   centred.Free();
   ratios.Free();
   for (Span& span : spans_) span = {};
-  columnSums_.Free();
+  nextSpan_ = 0;
+  isExpecting_ = false;
 }
 
 bool CSignalStats::Prepare(std::int32_t channels, std::int32_t points, const int* flags) {
@@ -86,63 +87,104 @@ bool CSignalStats::Prepare(std::int32_t channels, std::int32_t points, const int
   const auto columns = static_cast<std::size_t>(selectedCount);
   const auto rows = static_cast<std::size_t>(points);
   for (Span& span : spans_) {
-    if (!span.spreads.Make(columns)) return false;
+    if (!span.sums.Make(columns) || !span.spreads.Make(columns)) return false;
   }
-  return columns > 0 && columnSums_.Make(columns) && pointSpread.Make(rows) && ratios.Make(columns) &&
-         centred.Make(rows, columns);
+  return columns > 0 && pointSpread.Make(rows) && ratios.Make(columns) &&
+         centred.MakeForOverwrite(rows, columns);
+}
+
+void CSignalStats::Expect(std::int32_t from, std::int32_t to) {
+  NextSpan(from, to);
+  isExpecting_ = true;
 }
 
 void CSignalStats::Load(std::span<const float> data) {
   if (!centred) return;
+  for (Span& span : spans_) {
+    span.isKnown = false;
+    std::fill(span.sums.All().begin(), span.sums.All().end(), Sums{});
+  }
   const std::size_t columns = centred.Columns();
-  std::size_t point = 0;
-  for (; point + kPointsAtOnce <= centred.Rows(); point += kPointsAtOnce) {
-    for (std::size_t i = 0; i < kPointsAtOnce; ++i) TakeSelected(data, point + i);
-    Centre<kPointsAtOnce>(centred[point], columns, pointSpread.All().data() + point);
+  for (std::size_t point = 0; point < centred.Rows();) {
+    const std::size_t count = centred.Rows() - point < kPointsAtOnce ? 1 : kPointsAtOnce;
+    for (std::size_t i = 0; i < count; ++i) TakeSelected(data, point + i);
+    float* const spreads = pointSpread.All().data() + point;
+    if (count == kPointsAtOnce) {
+      Centre<kPointsAtOnce>(RowOf(point), columns, spreads);
+    } else {
+      Centre<1>(RowOf(point), columns, spreads);
+    }
+    if (isExpecting_) {
+      for (Span& span : spans_) AddRows(span, point, count);
+    }
+    point += count;
   }
-  for (; point < centred.Rows(); ++point) {
-    TakeSelected(data, point);
-    Centre<1>(centred[point], columns, pointSpread.All().data() + point);
+  if (isExpecting_) {
+    for (Span& span : spans_) Finish(span);
   }
-  for (Span& span : spans_) span.isKnown = false;
   ready = 1;
 }
 
-// The row of `centred` is zero until then.
+// Where nothing but sums is wanted, the first rows are taken again and again and stay in the cache.
+float* CSignalStats::RowOf(std::size_t point) {
+  return centred[isExpecting_ ? point % kPointsAtOnce : point];
+}
+
 void CSignalStats::TakeSelected(std::span<const float> data, std::size_t point) {
   const auto channels = static_cast<std::size_t>(channelCount);
   const std::size_t first = std::min(data.size(), point * channels);
   const std::span<const float> values = data.subspan(first, std::min(channels, data.size() - first));
-  float* row = centred[point];
-  for (std::size_t channel = 0; channel < values.size(); ++channel) {
-    if (selected[channel] != 0) *row++ = values[channel];
+  const std::span<float> row(RowOf(point), centred.Columns());
+  auto at = row.begin();
+  if (row.size() == channels) {
+    at = std::copy(values.begin(), values.end(), at);
+  } else {
+    for (std::size_t channel = 0; channel < values.size(); ++channel) {
+      if (selected[channel] != 0) *at++ = values[channel];
+    }
   }
+  std::fill(at, row.end(), 0.0F);
+}
+
+CSignalStats::Span& CSignalStats::NextSpan(std::int32_t from, std::int32_t to) {
+  Span& span = spans_[nextSpan_];
+  nextSpan_ = (nextSpan_ + 1) % spans_.size();
+  span.from = from;
+  span.to = to;
+  std::fill(span.sums.All().begin(), span.sums.All().end(), Sums{});
+  return span;
+}
+
+// The rows of `count` points, as far as they lie in the span.
+void CSignalStats::AddRows(Span& span, std::size_t point, std::size_t count) {
+  const std::size_t first = std::max(point, static_cast<std::size_t>(std::max(span.from, 0)));
+  const std::size_t end = std::min(point + count, static_cast<std::size_t>(std::max(span.to, 0)));
+  const std::span<Sums> sums = span.sums.All();
+  for (std::size_t p = first; p < end; ++p) {
+    const float* const row = RowOf(p);
+    for (std::size_t c = 0; c < sums.size(); ++c) sums[c].Add(row[c]);
+  }
+}
+
+void CSignalStats::Finish(Span& span) const {
+  span.isKnown = true;
+  const std::int32_t first = std::max(span.from, 0);
+  const std::int32_t end = std::clamp(span.to, 0, pointCount);
+  const std::span<const Sums> sums = span.sums.All();
+  const auto count = static_cast<double>(end - first);
+  std::transform(sums.begin(), sums.end(), span.spreads.All().begin(), [count](const Sums& sum) {
+    return count < 2 ? 0.0 : std::sqrt(sum.Deviation(count) / (count - 1));
+  });
 }
 
 std::span<const double> CSignalStats::ColumnSpreads(std::int32_t from, std::int32_t to) {
   for (const Span& span : spans_) {
     if (span.isKnown && span.from == from && span.to == to) return span.spreads.All();
   }
-  Span& span = spans_[nextSpan_];
-  nextSpan_ = (nextSpan_ + 1) % spans_.size();
-  span.from = from;
-  span.to = to;
-  span.isKnown = true;
-  const std::span<double> spreads = span.spreads.All();
-  std::fill(spreads.begin(), spreads.end(), 0.0);
-  const auto first = static_cast<std::size_t>(std::max(from, 0));
-  const auto end = static_cast<std::size_t>(std::clamp(to, 0, pointCount));
-  if (end < first + 2) return spreads;
-  const std::span<Sums> sums = columnSums_.All();
-  std::fill(sums.begin(), sums.end(), Sums{});
-  for (std::size_t point = first; point < end; ++point) {
-    const float* const row = centred[point];
-    for (std::size_t c = 0; c < sums.size(); ++c) sums[c].Add(row[c]);
-  }
-  const auto count = static_cast<double>(end - first);
-  std::transform(sums.begin(), sums.end(), spreads.begin(),
-                 [count](const Sums& sum) { return std::sqrt(sum.Deviation(count) / (count - 1)); });
-  return spreads;
+  Span& span = NextSpan(from, to);
+  if (!isExpecting_) AddRows(span, 0, centred.Rows());
+  Finish(span);
+  return span.spreads.All();
 }
 
 double CSignalStats::GetNoise(std::int32_t from, std::int32_t to, int mode) {
@@ -203,11 +245,13 @@ bool FillSignalFigures(std::span<const float> data, CSetup& setup) try {
                  [](const SetupChannel& channel) { return TakesPartInStatistics(channel) ? 1 : 0; });
   CSignalStats stats;
   if (!stats.Prepare(static_cast<std::int32_t>(flags.size()), setup.pointCount, flags.data())) return false;
-  stats.Load(data);
 
   // From the first point of the axis to just before time zero lies the noise, behind it the signal.
   const std::int32_t first = setup.PointOfTime(setup.timeStart);
   const std::int32_t last = std::max(setup.PointOfTime(0) - 2, 0);
+  stats.Expect(first, last);
+  stats.Expect(last, setup.pointCount);
+  stats.Load(data);
   const double noise = stats.GetNoise(first, last, setup.timeStart >= 0 ? 1 : 0);
   if (setup.mainField8164 == 0) setup.mainField8164 = static_cast<float>(noise);
   std::int32_t selectedIndex = 0;

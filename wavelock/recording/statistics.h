@@ -21,6 +21,10 @@ class CSignalStats {
   // no channel takes part, and when memory ran out: nothing can then be loaded or asked for.
   bool Prepare(std::int32_t channels, std::int32_t points, const int* flags);
 
+  // Names, before Load, one of at most two spans. The columns' deviations of these are worked out on the way;
+  // those of any other span are then 0, and `centred`, which would be as large as the data, is not filled.
+  void Expect(std::int32_t from, std::int32_t to);
+
   // Sample-major data of all channels. What they fall short of the prepared size counts as 0.
   void Load(std::span<const float> data);
 
@@ -70,18 +74,23 @@ class CSignalStats {
     std::int32_t from = 0;
     std::int32_t to = 0;
     bool isKnown = false;
-    OwnedVector<double> spreads{};  // of all columns
+    OwnedVector<Sums> sums{};  // of all columns
+    OwnedVector<double> spreads{};
   };
 
   bool HasData() const { return centred && ready == 1 && selectedCount >= 1; }
   void Free();
+  float* RowOf(std::size_t point);
   void TakeSelected(std::span<const float> data, std::size_t point);
+  Span& NextSpan(std::int32_t from, std::int32_t to);
+  void AddRows(Span& span, std::size_t point, std::size_t count);
+  void Finish(Span& span) const;
   std::span<const double> ColumnSpreads(std::int32_t from, std::int32_t to);
 
   // The spans that were asked for last: one call of GetChannelRatio needs two, and the next one the same two.
   std::array<Span, 2> spans_;
   std::size_t nextSpan_ = 0;
-  OwnedVector<Sums> columnSums_;
+  bool isExpecting_ = false;
 };
 
 // Gives the setup of an average the figures that it lacks: noise level, ratio of each channel, best ratio.
