@@ -1,14 +1,29 @@
 // The library beside its peers, in one run:
 //
 //   wavelock_bench [--mebibytes=N] [flags of Google Benchmark]
+#include <malloc.h>
+
 #include <cstdlib>
 #include <string_view>
 
 #include "bench/bench_files.h"
 #include "bench/benchmarks.h"
 
+namespace {
+
+// Memory that was given back is kept, as in a process that has run for a while: otherwise it depends on what
+// ran before whether a benchmark pays for fresh pages.
+void KeepMemory() {
+  constexpr int kMost = 1 << 30;
+  mallopt(M_MMAP_THRESHOLD, kMost);
+  mallopt(M_TRIM_THRESHOLD, kMost);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
   namespace bench = wavelock::bench;
+  KeepMemory();
   benchmark::Initialize(&argc, argv);
   for (int i = 1; i < argc; ++i) {
     constexpr std::string_view kSize = "--mebibytes=";
