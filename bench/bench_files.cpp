@@ -208,13 +208,16 @@ std::string MadeByLibrary(const std::string& name, const std::function<void(CRec
   });
 }
 
-std::string EventsPath(int kind, int count) {
-  return Made("events" + std::to_string(kind) + "-" + std::to_string(count) + ".rec",
+std::string EventsPath(int kind, int count, bool areInOrder) {
+  const std::string order = areInOrder ? "" : "-unordered";
+  return Made("events" + std::to_string(kind) + "-" + std::to_string(count) + order + ".rec",
               [=](const std::string& path) {
+                constexpr std::size_t kFarStep = 618033;  // shares no divisor with a power of ten
                 std::vector<RecordingBuilder::Event> events(static_cast<std::size_t>(count));
                 for (std::size_t i = 0; i < events.size(); ++i) {
                   events[i].stimType = static_cast<std::uint16_t>(i % 200);
-                  events[i].sample = static_cast<std::uint32_t>(i);
+                  events[i].sample =
+                      static_cast<std::uint32_t>(areInOrder ? i : i * kFarStep % events.size());
                 }
                 return RecordingBuilder()
                     .Revision(13)

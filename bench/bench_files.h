@@ -25,7 +25,7 @@ std::string EdfPath();
 std::string HdfPath();  // a dataset "samples", samples x channels
 
 // A short recording with that many events, no two alike, in a table of kind 1 to 3.
-std::string EventsPath(int kind, int count);
+std::string EventsPath(int kind, int count, bool areInOrder = true);
 
 // The samples of layout 1 in epochs of one second, and that many epochs of next to nothing.
 std::string EpochsPath();
