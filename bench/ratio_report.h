@@ -17,7 +17,7 @@ struct Ratio {
   double wanted;  // the bar
 };
 
-// The console's own report, and behind it a table of ratios from the medians of all repetitions.
+// The console's own report, and behind it a table of ratios from the best of all repetitions.
 class RatioReporter : public benchmark::ConsoleReporter {
  public:
   RatioReporter();
