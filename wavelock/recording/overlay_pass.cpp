@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "wavelock/numerics/conversions.h"
+#include "wavelock/numerics/long_vectors.h"
 
 namespace wavelock {
 namespace {
@@ -31,6 +32,24 @@ std::vector<double> CalibrationsOf(std::span<const ChannelRecord> channels) {
 constexpr double kFirstBeyondInt32 = 2147483648.0;
 
 // ---- Rows
+
+// Sums wrap.
+template <class Sample, class Count>
+inline void AddEach(Sample* __restrict samples, const Count* __restrict counts, std::size_t values) {
+  for (std::size_t i = 0; i < values; ++i) {
+    samples[i] = static_cast<Sample>(static_cast<Count>(static_cast<Count>(samples[i]) + counts[i]));
+  }
+}
+
+WAVELOCK_LONG_VECTORS
+void Add(std::int16_t* samples, const std::uint16_t* counts, std::size_t values) {
+  AddEach(samples, counts, values);
+}
+
+WAVELOCK_LONG_VECTORS
+void Add(std::int32_t* samples, const std::uint32_t* counts, std::size_t values) {
+  AddEach(samples, counts, values);
+}
 
 // What a row adds to the samples of all channels, repeated until the loop over it is worth vectorising.
 template <class Sample>
@@ -77,13 +96,7 @@ class RowTerms {
 
  private:
   using Count = std::make_unsigned_t<Sample>;
-  static constexpr std::size_t kWantedLength = 128;
-
-  static void Add(Sample* __restrict samples, const Count* __restrict counts, std::size_t values) {
-    for (std::size_t i = 0; i < values; ++i) {
-      samples[i] = static_cast<Sample>(static_cast<Count>(static_cast<Count>(samples[i]) + counts[i]));
-    }
-  }
+  static constexpr std::size_t kWantedLength = 256;
 
   std::vector<double> calibrations_;
   std::vector<double> quotients_;

@@ -8,6 +8,7 @@
 #include <new>
 #include <span>
 
+#include "wavelock/numerics/long_vectors.h"
 #include "wavelock/recording/recording_file.h"
 
 namespace wavelock {
@@ -48,11 +49,13 @@ bool HasSingleFactor(const SetupChannel& channel) {
 
 // The product of 16 bits and a single's 24 is exact in a double, so one rounding to single is what is asked
 // for, and the single-precision product has just that.
+WAVELOCK_LONG_VECTORS
 void Multiply(const std::int16_t* __restrict raw, const float* __restrict factors, float* __restrict out,
               std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) out[i] = static_cast<float>(raw[i]) * factors[i];
 }
 
+WAVELOCK_LONG_VECTORS
 void Multiply(const std::int32_t* __restrict raw, const float* __restrict factors, float* __restrict out,
               std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
@@ -60,6 +63,7 @@ void Multiply(const std::int32_t* __restrict raw, const float* __restrict factor
   }
 }
 
+WAVELOCK_LONG_VECTORS
 void Multiply(const std::int16_t* __restrict raw, const double* __restrict factors, float* __restrict out,
               std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) out[i] = static_cast<float>(raw[i] * factors[i]);
@@ -153,6 +157,36 @@ struct Guess<std::int32_t> {
   static constexpr Work kError = 0x1p-50;
 };
 
+// Multiplies by the reciprocals. False when a product is so near the border between two counts, or so large,
+// that the divisions may give another one: then nothing of what was written counts.
+template <class Raw, class Work>
+inline bool MultiplyToCounts(const float* __restrict in, const Work* __restrict reciprocals,
+                             Raw* __restrict raw, std::size_t count) {
+  constexpr Work kMost = std::numeric_limits<Raw>::max() - 1;
+  std::int32_t doubtful = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    const Work product = static_cast<Work>(in[i]) * reciprocals[i];
+    const Work sum = product + Guess<Raw>::kToWhole;
+    const Work toBorder =
+        std::fabs(product - (sum - Guess<Raw>::kToWhole)) + std::fabs(product) * Guess<Raw>::kError;
+    doubtful |= (toBorder < Work{0.5} ? 0 : 1) | (std::fabs(product) < kMost ? 0 : 1);
+    typename Guess<Raw>::Bits bits;
+    std::memcpy(&bits, &sum, sizeof bits);
+    raw[i] = static_cast<Raw>(bits);
+  }
+  return doubtful == 0;
+}
+
+WAVELOCK_LONG_VECTORS
+bool GuessCounts(const float* in, const float* reciprocals, std::int16_t* raw, std::size_t count) {
+  return MultiplyToCounts(in, reciprocals, raw, count);
+}
+
+WAVELOCK_LONG_VECTORS
+bool GuessCounts(const float* in, const double* reciprocals, std::int32_t* raw, std::size_t count) {
+  return MultiplyToCounts(in, reciprocals, raw, count);
+}
+
 // Microvolts to counts: two divisions, half away from zero, held within +- the largest Raw. What is no
 // number, which a factor of zero makes as well, becomes 0.
 template <class Raw>
@@ -170,7 +204,7 @@ class ToCounts {
     bool anyBeyond = false;
     for (std::size_t first = 0; first < count; first += kPiece) {
       const std::size_t piece = std::min(kPiece, count - first);
-      if (!MultiplyPiece(in + first, reciprocals_.data() + first, raw + first, piece)) {
+      if (!GuessCounts(in + first, reciprocals_.data() + first, raw + first, piece)) {
         anyBeyond |= DividePiece(in + first, first, raw + first, piece);
       }
     }
@@ -180,31 +214,12 @@ class ToCounts {
  private:
   using Work = typename Guess<Raw>::Work;
   static constexpr double kLimit = std::numeric_limits<Raw>::max();
-  static constexpr std::size_t kPiece = 64;  // few enough that one doubtful value costs little
+  static constexpr std::size_t kPiece = 32;  // few enough that one doubtful value costs little
 
   // No number where it has lost digits: its products are always in doubt.
   static Work ReciprocalOf(const SetupChannel& channel) {
     const auto reciprocal = static_cast<Work>(1.0 / ExactFactor(channel));
     return std::isnormal(reciprocal) ? reciprocal : std::numeric_limits<Work>::quiet_NaN();
-  }
-
-  // Multiplies by the reciprocals. False when a product is so near the border between two counts, or so
-  // large, that the divisions may give another one: then nothing of the piece counts.
-  static bool MultiplyPiece(const float* __restrict in, const Work* __restrict reciprocals,
-                            Raw* __restrict raw, std::size_t count) {
-    constexpr Work kMost = std::numeric_limits<Raw>::max() - 1;
-    std::int32_t doubtful = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-      const Work product = static_cast<Work>(in[i]) * reciprocals[i];
-      const Work sum = product + Guess<Raw>::kToWhole;
-      const Work toBorder =
-          std::fabs(product - (sum - Guess<Raw>::kToWhole)) + std::fabs(product) * Guess<Raw>::kError;
-      doubtful |= (toBorder < Work{0.5} ? 0 : 1) | (std::fabs(product) < kMost ? 0 : 1);
-      typename Guess<Raw>::Bits bits;
-      std::memcpy(&bits, &sum, sizeof bits);
-      raw[i] = static_cast<Raw>(bits);
-    }
-    return doubtful == 0;
   }
 
   bool DividePiece(const float* __restrict in, std::size_t first, Raw* __restrict raw,
