@@ -123,11 +123,10 @@ std::string Size(std::uint64_t bytes) {
 
 // What is laid over the samples on each read.
 std::string Corrections(const Facts& facts) {
-  std::string words;
-  if (facts.correctionRows > 0) words = Counted(facts.correctionRows, "row");
-  if (facts.correctionSegments > 0)
-    words += (words.empty() ? "" : ", ") + Counted(facts.correctionSegments, "segment");
-  return words.empty() ? "-" : words;
+  std::vector<std::string> words;
+  if (facts.correctionRows > 0) words.push_back(Counted(facts.correctionRows, "row"));
+  if (facts.correctionSegments > 0) words.push_back(Counted(facts.correctionSegments, "segment"));
+  return words.empty() ? "-" : fmt::format("{}", fmt::join(words, ", "));
 }
 
 std::string TableOf(const std::vector<Facts>& all, bool bold) {

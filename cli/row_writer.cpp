@@ -1,5 +1,7 @@
 #include "cli/row_writer.h"
 
+#include <fmt/format.h>
+
 namespace wavelock::command {
 namespace {
 
@@ -34,9 +36,7 @@ std::string TextOf(const Json& value) {
 }
 
 std::string LineOf(const std::vector<std::string>& columns) {
-  std::string line;
-  for (const std::string& column : columns) line += (line.empty() ? "" : "\t") + column;
-  return line + "\n";
+  return fmt::format("{}\n", fmt::join(columns, "\t"));
 }
 
 }  // namespace
