@@ -21,8 +21,9 @@ class CSignalStats {
   // no channel takes part, and when memory ran out: nothing can then be loaded or asked for.
   bool Prepare(std::int32_t channels, std::int32_t points, const int* flags);
 
-  // Names, before Load, one of at most two spans. The columns' deviations of these are worked out on the way;
-  // those of any other span are then 0, and `centred`, which would be as large as the data, is not filled.
+  // Names, between Prepare and Load, one of at most two spans. The columns' deviations of these are worked
+  // out on the way; those of any other span are then 0, and `centred`, which would be as large as the data,
+  // is not filled.
   void Expect(std::int32_t from, std::int32_t to);
 
   // Sample-major data of all channels. What they fall short of the prepared size counts as 0.
