@@ -68,7 +68,7 @@ constexpr double kPi = 3.14159265358979323846;
 
 // Of an angle in turns, not below 0. The library's cosine differs from machine to machine in the last bit.
 double Cosine(double turns) {
-  const double phase = turns - static_cast<double>(static_cast<std::int64_t>(turns + 0.5));
+  const double phase = turns - std::floor(turns + 0.5);
   const double angle = 2 * kPi * phase;
   double term = 1;
   double sum = 1;
@@ -105,12 +105,17 @@ struct Course {
 // From `first` up to `end`, each between `least` and `most` behind the one before.
 std::vector<double> Times(Chance& chance, double first, double end, double least, double most) {
   std::vector<double> times;
-  for (double time = first; time < end; time += chance.Between(least, most)) times.push_back(time);
+  double time = first;
+  while (time < end) {
+    times.push_back(time);
+    time += chance.Between(least, most);
+  }
   return times;
 }
 
 std::vector<Moment> Moments(Chance& chance, const std::vector<double>& times, double least, double most) {
   std::vector<Moment> moments;
+  moments.reserve(times.size());
   for (const double time : times) moments.push_back({time, chance.Between(least, most)});
   return moments;
 }

@@ -41,6 +41,7 @@ struct Options {
 std::vector<std::string> LabelsOfChosen(const CSetup& setup, const std::vector<std::size_t>& chosen) {
   const std::vector<std::string> labels = LabelsOf(setup);
   std::vector<std::string> ofChosen;
+  ofChosen.reserve(chosen.size());
   for (const std::size_t index : chosen) ofChosen.push_back(labels[index]);
   return ofChosen;
 }

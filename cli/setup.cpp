@@ -119,7 +119,7 @@ void AddLines(const std::string& path, const ordered_json& value, std::string& t
     text += fmt::format("{}\t{}\n", path, shown);
   } else if (value.is_object()) {
     for (const auto& [name, field] : value.items())
-      AddLines(path.empty() ? name : path + "." + name, field, text);
+      AddLines(path.empty() ? name : fmt::format("{}.{}", path, name), field, text);
   } else {
     std::size_t index = 0;
     for (const ordered_json& element : value) AddLines(fmt::format("{}[{}]", path, index++), element, text);
