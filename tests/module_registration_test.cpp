@@ -99,18 +99,15 @@ TEST(ModuleRegistration, UnregisteringLeavesWhatOthersEntered) {
 }
 
 TEST(ModuleRegistration, ResultTellsWhatCouldNotBeEntered) {
-  TestHost host;
-  FailingRegistry first(0);
-  CControlModule module(host.host, first, kPath);
-  EXPECT_EQ(static_cast<std::uint32_t>(module.RegisterServer()), 0x80040200u);
-  EXPECT_THAT(*first.Read(), IsEmpty());
-  FailingRegistry second(1);
-  CControlModule other(host.host, second, kPath);
-  EXPECT_EQ(static_cast<std::uint32_t>(other.RegisterServer()), 0x80040201u);
-  FailingRegistry third(2);
-  CControlModule last(host.host, third, kPath);
-  EXPECT_EQ(last.RegisterServer(), Result::kDone);
-  EXPECT_EQ(static_cast<std::uint32_t>(last.UnregisterServer()), 0x80040200u);
+  const std::uint32_t results[][2] = {{0x80040200, 0}, {0x80040201, 0}, {0, 0x80040200}, {0, 0x80040201}};
+  for (int failure = 0; const auto& [registered, unregistered] : results) {
+    TestHost host;
+    FailingRegistry registry(failure++);
+    CControlModule module(host.host, registry, kPath);
+    EXPECT_EQ(static_cast<std::uint32_t>(module.RegisterServer()), registered);
+    EXPECT_EQ(registry.Read()->empty(), failure == 1);
+    EXPECT_EQ(static_cast<std::uint32_t>(module.UnregisterServer()), unregistered);
+  }
 }
 
 TEST(ModuleRegistration, FileRegistryKeepsTheTreeAndGoesWhenItIsEmpty) {
