@@ -45,7 +45,7 @@ struct Shared {
   CControlModule module{host, registry, "/lib/control.so"};
 };
 
-using Outcome = std::map<std::string, std::string>;
+using Outcome = std::vector<std::string>;
 
 // `home` is a folder that no other thread uses.
 using Job = std::function<Outcome(Shared& shared, const std::string& home)>;
@@ -62,11 +62,10 @@ std::string FileText(const std::string& path) {
 Outcome ReadByDefault(const std::string& path) {
   CRecordingFile recording(1);
   recording.OpenFile(path);
-  Outcome outcome;
-  for (const auto& [what, bytes] : EverythingIn(recording)) outcome[what] = Text(bytes);
-  for (const auto& [path, value] : ValuesOf(*recording.setup)) outcome["setup"] += value;
-  for (const LabelEntry& label : recording.labelList.Entries()) outcome["label " + label.text] = "";
-  outcome["markers"] = std::to_string(recording.markerList.GetCount());
+  Outcome outcome = {std::to_string(recording.markerList.GetCount())};
+  for (const auto& [what, bytes] : EverythingIn(recording)) outcome.push_back(what + Text(bytes));
+  for (const auto& [field, value] : ValuesOf(*recording.setup)) outcome.push_back(value);
+  for (const LabelEntry& label : recording.labelList.Entries()) outcome.push_back(label.text);
   return outcome;
 }
 
@@ -74,12 +73,12 @@ Outcome Upgrade(Host& host, const std::string& from, const std::string& path) {
   fs::copy_file(from, path, fs::copy_options::overwrite_existing);
   CRecordingFile recording(0, host);
   recording.OpenFile(path);
-  return {{"saved", std::to_string(recording.SaveAndClose(0))}, {"file", FileText(path)}};
+  return {std::to_string(recording.SaveAndClose(0)), FileText(path)};
 }
 
 Outcome Make(Host& host, const NamedMaker& maker, const std::string& path) {
   CRecordingFile recording(0, host);
-  return {{"saved", std::to_string(maker.Make(recording, path))}, {"file", FileText(path)}};
+  return {std::to_string(maker.Make(recording, path)), FileText(path)};
 }
 
 // Opens the recording with a control of the module and reads its first samples.
@@ -95,9 +94,8 @@ Outcome Dispatched(CControlModule& module, const std::string& path) {
   const Variant request[] = {0, 3, Variant::Block(std::span(block)), 36};
   Variant read;
   control->Invoke(FindMethodId("GetContinuousFloatBlock").value(), request, 4, &read, nullptr);
-  return {{"opened", std::to_string(opened.BoolBits())},
-          {"read", std::to_string(read.BoolBits())},
-          {"block", Text(std::as_bytes(std::span(block)))}};
+  return {std::to_string(opened.BoolBits()), std::to_string(read.BoolBits()),
+          Text(std::as_bytes(std::span(block)))};
 }
 
 // Changes of one thread must not lose those of another.
@@ -105,12 +103,12 @@ Outcome KeptByProfileAndRegistry(Shared& shared, const std::string& home) {
   Outcome outcome;
   for (const char* key : {"a", "b"}) {
     shared.profile.SetString(home, key, key);
-    outcome[key] = shared.profile.GetString(home, key, "missing");
+    outcome.push_back(shared.profile.GetString(home, key, "missing"));
   }
-  outcome["registered"] = std::to_string(static_cast<int>(shared.module.RegisterServer()));
+  outcome.push_back(std::to_string(static_cast<int>(shared.module.RegisterServer())));
   shared.registry.Change([&](RegistryTree& tree) { tree[home][""] = "mine"; });
   const auto tree = shared.registry.Read();
-  outcome["entry"] = tree ? FindValue(*tree, home).value_or("missing") : "unread";
+  outcome.push_back(tree ? FindValue(*tree, home).value_or("missing") : "unread");
   return outcome;
 }
 
@@ -157,7 +155,7 @@ TEST(Threads, RecordingsInManyThreadsDoWhatTheyDoAlone) {
     for (const auto& [name, job] : jobs) expected[name] = job(alone, home);
   }
   for (const char* saved : {"make wide continuous", "make pairs", "upgrade corrected", "upgrade marked"})
-    EXPECT_EQ(expected[saved]["saved"], "1") << saved;
+    EXPECT_EQ(expected[saved].front(), "1") << saved;
 
   Shared shared;
   constexpr unsigned kThreads = 8;
