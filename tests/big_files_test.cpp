@@ -123,11 +123,6 @@ void CheckBigFile(const BigFile& file) {
     EXPECT_GE(count, file.Samples()) << "the tail counts as samples";
   }
   for (const std::uint64_t first : file.Firsts()) ExpectSamples(recording, file, first);
-  std::vector<std::byte> one(static_cast<std::size_t>(file.channels * file.width));
-  const auto oneSample = static_cast<std::int32_t>(one.size());
-  EXPECT_TRUE(recording.ReadContinuousRaw(count - 1, count, one.data(), oneSample, 0, 0));
-  EXPECT_FALSE(recording.ReadContinuousRaw(count, count + 1, one.data(), oneSample, 0, 0));
-
   const auto events = file.Events();
   ASSERT_EQ(recording.GetEventTable().Elements().size(), events.size());
   for (std::size_t i = 0; i < events.size(); ++i) {

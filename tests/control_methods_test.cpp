@@ -82,31 +82,28 @@ class ControlMethods : public testing::Test {
            control.GetEpochIntBlock(0, integers, 8) + control.GetEpochFloatBlock(0, floats, 16);
   }
 
+  void ExpectNothingOpen() {
+    EXPECT_FALSE(control.GetFileActive());
+    EXPECT_FALSE(control.CloseInputDataFile());
+    EXPECT_EQ(BlocksServed(), 0);
+    EXPECT_FALSE(HasEpochInfo());
+  }
+
   bool HasEpochInfo() { return control.GetEpochInfo(0, nullptr, nullptr, nullptr, nullptr, nullptr); }
 
   TestHost host;
   CWavelockCtrl control{host.host};
 };
 
-TEST_F(ControlMethods, BeforeTheFirstOpenAnswerForAnEmptyRecording) {
+TEST_F(ControlMethods, BeforeTheFirstOpenAnswerForAnEmptyRecordingAndWithoutOneTheirFailureValues) {
   EXPECT_EQ(AllFacts(), kFresh);
-  EXPECT_FALSE(control.CloseInputDataFile());
-  EXPECT_EQ(BlocksServed(), 0);
+  ExpectNothingOpen();
   EXPECT_EQ(Event(0).front(), 0);
-  EXPECT_FALSE(HasEpochInfo());
-}
-
-TEST_F(ControlMethods, WithoutARecordingAnswerTheirFailureValues) {
   control.recording.reset();
   EXPECT_EQ(AllFacts(), kNoRecording);
   EXPECT_FALSE(control.OpenInputDataFile("/c.cnt"));
-  EXPECT_FALSE(control.GetFileActive());
-  EXPECT_FALSE(control.CloseInputDataFile());
-  EXPECT_EQ(BlocksServed(), 0);
+  ExpectNothingOpen();
   EXPECT_EQ(Event(0), kNoEvent);
-  EXPECT_FALSE(HasEpochInfo());
-  host.user.ExpectDialog("CAboutBox", {});
-  control.AboutBox();
 }
 
 TEST_F(ControlMethods, ContinuousFileServesSamplesAndEventsAndNoEpochs) {
@@ -153,12 +150,9 @@ TEST_F(ControlMethods, EpochedFileServesEpochsAndTheirFacts) {
   EXPECT_FALSE(control.GetEpochShortBlock(-1, words, sizeof words));
   EXPECT_FALSE(control.GetEpochShortBlock(1, words, sizeof words - 1));
   EXPECT_EQ(Event(0).front(), 0);
-}
 
-TEST_F(ControlMethods, EpochInfoWritesOnlyTheLowByteOfAccept) {
-  ASSERT_TRUE(control.OpenInputDataFile("/e.eeg"));
   std::int16_t trialType = 0;
-  auto accept = static_cast<std::int16_t>(0xABCD);
+  auto accept = static_cast<std::int16_t>(0xABCD);  // only its low byte is written
   std::int16_t correct = 0;
   std::int16_t response = 0;
   float reactionTime = 0;
@@ -182,8 +176,7 @@ TEST_F(ControlMethods, AfterACloseAnswerForTheLastFile) {
   std::get<kActive>(expected) = false;
   EXPECT_EQ(AllFacts(), expected);
   EXPECT_THAT(Event(0), ElementsAre(1, 0xFFFE, 200, 5, 1));
-  EXPECT_EQ(BlocksServed(), 0);
-  EXPECT_FALSE(control.CloseInputDataFile());
+  ExpectNothingOpen();
 
   ASSERT_TRUE(control.OpenInputDataFile("/c.cnt"));
   EXPECT_FALSE(control.OpenInputDataFile("/missing.cnt"));
@@ -193,8 +186,7 @@ TEST_F(ControlMethods, AfterACloseAnswerForTheLastFile) {
   ASSERT_TRUE(control.OpenInputDataFile("/e.eeg"));
   EXPECT_TRUE(control.CloseInputDataFile());
   EXPECT_EQ(control.GetEpochCount(), 2);
-  EXPECT_EQ(BlocksServed(), 0);
-  EXPECT_FALSE(HasEpochInfo());
+  ExpectNothingOpen();
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
 #include <string>
 
 #include "tests/support/temporary_folder.h"
@@ -159,28 +158,17 @@ TEST_F(ModuleClasses, ModuleStaysWhileAnythingOfItIsHeld) {
   EXPECT_EQ(module.CanUnloadNow(), Result::kDone);
 }
 
-// The user's own files lie in a folder of the test while it lives.
-class UserFolder {
- public:
-  UserFolder() {
-    if (const char* const before = std::getenv(kVariable)) before_ = before;
-    setenv(kVariable, folder.Path().c_str(), 1);
-  }
-  ~UserFolder() { before_ ? setenv(kVariable, before_->c_str(), 1) : unsetenv(kVariable); }
-
-  const TemporaryFolder folder;
-
- private:
-  static constexpr char kVariable[] = "XDG_CONFIG_HOME";
-  std::optional<std::string> before_;
-};
-
 // A client's way through the real module, with an in-process registry in place of the user's.
 class LoadedModuleTest : public testing::Test {
  protected:
-  LoadedModuleTest() { CControlModule(test.host, registry, WAVELOCK_CONTROL_MODULE).RegisterServer(); }
+  // The module's own host looks for the user's files in a folder of the test. It stays at that for whatever
+  // else this process runs: no test is to meet the user's own files.
+  LoadedModuleTest() {
+    setenv("XDG_CONFIG_HOME", user.Path().c_str(), 1);
+    CControlModule(test.host, registry, WAVELOCK_CONTROL_MODULE).RegisterServer();
+  }
 
-  UserFolder user;
+  const TemporaryFolder user;
   TestHost test;
   MemoryRegistry registry;
   SystemLibraries libraries;

@@ -1,5 +1,5 @@
 // On a terminal a person is asked; anywhere else the safe answer is taken and told. A number on a grid never
-// leaves its range, and colours are drawn as themselves.
+// leaves its range.
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -11,7 +11,6 @@
 
 #include "tests/support/test_host.h"
 #include "wavelock/platform/console_modal_interface.h"
-#include "wavelock/prompts/colours.h"
 #include "wavelock/prompts/spin_value_dialog.h"
 
 namespace wavelock {
@@ -117,8 +116,6 @@ TEST(ConsolePrompt, TextsCannotSteerTheTerminal) {
   EXPECT_EQ(console.words.str(), "wavelock: caf\xC3\xA9 ?[2J? ?1m\nline\n");
 }
 
-// ---- numbers and colours
-
 TEST(SpinValue, PushedOrTypedItStaysOnItsGrid) {
   CSpinValueDialog dialog;  // 1.5, 1.75, 2 ...
   dialog.maxPosition = 70'000;
@@ -148,19 +145,13 @@ TEST(SpinValue, PushedOrTypedItStaysOnItsGrid) {
   EXPECT_EQ(dialog.position, 70'000) << "infinitely many steps";
 }
 
-TEST(Colours, AreListedOnceAndStayWhenThePersonCancels) {
+TEST(SpinValue, ColourStaysWhenThePersonCancels) {
   TestHost test;
   CSpinValueDialog dialog;
   test.user.ExpectColour(0x0080FFu);
   test.user.ExpectColour(std::nullopt);
   for (int i = 0; i < 2; ++i) dialog.ChooseColour(test.host);
   EXPECT_EQ(dialog.colour, 0x0080FFu);
-  CColourList list;
-  list.selection = 3;
-  for (int i = 0; i < 2; ++i) list.DropDown();
-  EXPECT_EQ(list.Items().size(), kColours.size());
-  EXPECT_EQ(list.selection, 3);
-  EXPECT_FALSE(SwatchOf(0x00FF00, true).background.has_value()) << "what has the focus is drawn in a frame";
 }
 
 }  // namespace
