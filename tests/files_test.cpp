@@ -39,6 +39,7 @@ struct InMemory {
 template <class Place>
 class Files : public testing::Test {
  protected:
+  const std::string& folder() const { return place_.path; }
   FileService& service() { return place_.service; }
   std::string Path(const std::string& name) const { return place_.path + "/" + name; }
   std::unique_ptr<File> Open(const std::string& name, OpenMode mode) {
@@ -82,7 +83,7 @@ TYPED_TEST(Files, ModesMakeAFileEmptyItOrSayWhyNot) {
 
 TYPED_TEST(Files, FoldersExistButAreNotOpened) {
   this->Make("inside", "");
-  const std::string folder = this->Path("").substr(0, this->Path("").size() - 1);
+  const std::string folder = this->folder();
   EXPECT_TRUE(this->service().Exists(folder));
   for (const OpenMode mode : {OpenMode::kReadOnly, OpenMode::kReadWrite, OpenMode::kCreate})
     this->ExpectRefusal(folder, mode);

@@ -101,12 +101,16 @@ TEST_F(ProfileFile, FailuresOfTheDiskLeaveTheOldProfileOrTheWholeNewOne) {
   const auto set = [&path](FileService& files, const char* value) {
     return FileProfileStore(files, path).SetString("State", "SetupFile", value);
   };
-  FailEveryCall([&](MemoryFiles& memory) { EXPECT_TRUE(set(memory, "old")); },
-                [&](Host& host, FaultKind) { return set(host.files, "new"); },
-                [&](MemoryFiles& memory, bool isDone) {
-                  FileProfileStore store(memory, path);
-                  EXPECT_EQ(store.GetString("State", "SetupFile", "lost"), isDone ? "new" : "old");
-                });
+  const auto prepare = [&](MemoryFiles& memory) {
+    EXPECT_TRUE(set(memory, "old") && FileProfileStore(memory, path).SetInt("Other", "Kept", 1));
+  };
+  FailEveryCall(
+      prepare, [&](Host& host, FaultKind) { return set(host.files, "new"); },
+      [&](MemoryFiles& memory, bool isDone) {
+        FileProfileStore store(memory, path);
+        EXPECT_EQ(store.GetString("State", "SetupFile", "lost"), isDone ? "new" : "old");
+        EXPECT_EQ(store.GetInt("Other", "Kept", 0), 1);
+      });
 }
 
 TEST_F(ProfileFile, WhatCannotBeReadOrWrittenIsLeftAlone) {
