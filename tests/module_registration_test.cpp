@@ -4,7 +4,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
 #include <string>
 
 #include "tests/support/temporary_folder.h"
@@ -22,8 +21,6 @@
 namespace wavelock {
 namespace {
 
-using testing::IsEmpty;
-
 constexpr char kPath[] = "/lib/wavelock/wavelock_control.so";
 
 // Fails the change of that number, counted from 0.
@@ -39,15 +36,16 @@ class FailingRegistry : public MemoryRegistry {
   int changes_ = 0;
 };
 
-struct Setting {
+struct ModuleRegistration : testing::Test {
   TestHost host;
   MemoryRegistry registry;
   CControlModule module{host.host, registry, kPath};
 };
 
-TEST(ModuleRegistration, EntersEveryValueOfItsClasses) {
-  Setting s;
-  ASSERT_EQ(s.module.RegisterServer(), Result::kDone);
+using ModuleClasses = ModuleRegistration;
+
+TEST_F(ModuleRegistration, EntersEveryValueOfItsClasses) {
+  ASSERT_EQ(module.RegisterServer(), Result::kDone);
   const std::string controlId = FormatIdentifier(kControlClassId);
   const std::string control = "CLSID/" + controlId;
   const std::string page = "CLSID/" + FormatIdentifier(kPropertyPageClassId);
@@ -55,7 +53,7 @@ TEST(ModuleRegistration, EntersEveryValueOfItsClasses) {
   const std::string library = "TypeLib/" + libraryId + "/1.0";
   const std::string methods = "Interface/" + FormatIdentifier(kDispatchId);
   const std::string events = "Interface/" + FormatIdentifier(kEventsId);
-  EXPECT_EQ(*s.registry.Read(),
+  EXPECT_EQ(*registry.Read(),
             (RegistryTree{{control, {{"", "Wavelock Control"}}},
                           {control + "/Control", {}},
                           {control + "/InprocServer32", {{"", kPath}, {"ThreadingModel", "Apartment"}}},
@@ -81,74 +79,67 @@ TEST(ModuleRegistration, EntersEveryValueOfItsClasses) {
                           {"WAVELOCK.WavelockCtrl.1/Insertable", {}}}));
 }
 
-TEST(ModuleRegistration, UnregisteringLeavesWhatOthersEntered) {
+TEST_F(ModuleRegistration, UnregisteringLeavesWhatOthersEntered) {
   const RegistryTree others{
       {"Other.Class.1", {{"", "Other"}}},
       {"WAVELOCK.WavelockCtrl.10", {}},
       {"TypeLib/" + FormatIdentifier(kTypeLibraryId) + "/2.0", {{"", "A later version"}}},
   };
-  Setting s;
-  s.registry.Change([&](RegistryTree& tree) { tree = others; });
-  EXPECT_EQ(s.module.RegisterServer(), Result::kDone);
-  const auto once = s.registry.Read();
-  EXPECT_EQ(s.module.RegisterServer(), Result::kDone);
-  EXPECT_EQ(s.registry.Read(), once);
-  EXPECT_EQ(s.module.UnregisterServer(), Result::kDone);
-  EXPECT_EQ(s.registry.Read(), others);
-  EXPECT_EQ(s.module.UnregisterServer(), Result::kDone);
+  registry.Change([&](RegistryTree& tree) { tree = others; });
+  EXPECT_EQ(module.RegisterServer(), Result::kDone);
+  const auto once = registry.Read();
+  EXPECT_EQ(module.RegisterServer(), Result::kDone);
+  EXPECT_EQ(registry.Read(), once);
+  EXPECT_EQ(module.UnregisterServer(), Result::kDone);
+  EXPECT_EQ(registry.Read(), others);
+  EXPECT_EQ(module.UnregisterServer(), Result::kDone);
 }
 
-TEST(ModuleRegistration, ResultTellsWhatCouldNotBeEntered) {
-  TestHost host;
-  FailingRegistry first(0);
-  CControlModule module(host.host, first, kPath);
-  EXPECT_EQ(static_cast<std::uint32_t>(module.RegisterServer()), 0x80040200u);
-  EXPECT_THAT(*first.Read(), IsEmpty());
-  FailingRegistry second(1);
-  CControlModule other(host.host, second, kPath);
-  EXPECT_EQ(static_cast<std::uint32_t>(other.RegisterServer()), 0x80040201u);
-  FailingRegistry third(2);
-  CControlModule last(host.host, third, kPath);
-  EXPECT_EQ(last.RegisterServer(), Result::kDone);
-  EXPECT_EQ(static_cast<std::uint32_t>(last.UnregisterServer()), 0x80040200u);
+TEST_F(ModuleRegistration, ResultTellsWhatCouldNotBeEntered) {
+  const std::uint32_t results[][2] = {{0x80040200, 0}, {0x80040201, 0}, {0, 0x80040200}, {0, 0x80040201}};
+  for (int failure = 0; const auto& [registered, unregistered] : results) {
+    FailingRegistry failing(failure++);
+    CControlModule server(host.host, failing, kPath);
+    EXPECT_EQ(static_cast<std::uint32_t>(server.RegisterServer()), registered);
+    EXPECT_EQ(failing.Read()->empty(), failure == 1);
+    EXPECT_EQ(static_cast<std::uint32_t>(server.UnregisterServer()), unregistered);
+  }
 }
 
-TEST(ModuleRegistration, FileRegistryKeepsTheTreeAndGoesWhenItIsEmpty) {
+TEST_F(ModuleRegistration, FileRegistryKeepsTheTreeAndGoesWhenItIsEmpty) {
   const TemporaryFolder folder;
   PosixFiles files;
-  FileRegistry registry(files, folder.Path("deep/registry.ini"));
-  EXPECT_THAT(*registry.Read(), IsEmpty());
+  FileRegistry file(files, folder.Path("deep/registry.ini"));
+  EXPECT_TRUE(file.Read()->empty());
   const RegistryTree tree{{"A/{1}", {{"", " [=;#\\x41"}, {"Name = x", "line\nline"}, {"@x", ""}}},
                           {"B without values", {}}};
-  ASSERT_TRUE(registry.Change([&](RegistryTree& t) { t = tree; }));
+  ASSERT_TRUE(file.Change([&](RegistryTree& t) { t = tree; }));
   EXPECT_EQ(FileRegistry(files, folder.Path("deep/registry.ini")).Read(), tree);
-  ASSERT_TRUE(registry.Change([](RegistryTree& t) {
+  ASSERT_TRUE(file.Change([](RegistryTree& t) {
     RemoveKey(t, "a");
     RemoveKey(t, "b WITHOUT values");
   }));
   EXPECT_TRUE(std::filesystem::is_empty(folder.Path("deep")));
 }
 
-TEST(ModuleClasses, FactoriesMakeTheirClassesAlone) {
-  Setting s;
+TEST_F(ModuleClasses, FactoriesMakeTheirClassesAlone) {
   Reference<ClassFactory> factory;
-  EXPECT_EQ(s.module.GetClassObject(Identifier(), ClassFactory::kId, factory.Receive()),
+  EXPECT_EQ(module.GetClassObject(Identifier(), ClassFactory::kId, factory.Receive()),
             Result::kClassNotAvailable);
-  EXPECT_EQ(s.module.GetClassObject(kControlClassId, Dispatch::kId, factory.Receive()), Result::kNoInterface);
-  EXPECT_EQ(s.module.GetClassObject(kControlClassId, ClassFactory::kId, nullptr), Result::kNullPointer);
-  ASSERT_EQ(s.module.GetClassObject(kControlClassId, ClassFactory::kId, factory.Receive()), Result::kDone);
+  EXPECT_EQ(module.GetClassObject(kControlClassId, Dispatch::kId, factory.Receive()), Result::kNoInterface);
+  EXPECT_EQ(module.GetClassObject(kControlClassId, ClassFactory::kId, nullptr), Result::kNullPointer);
+  ASSERT_EQ(module.GetClassObject(kControlClassId, ClassFactory::kId, factory.Receive()), Result::kDone);
   Reference<PropertyPage> page;
   EXPECT_EQ(factory->CreateInstance(PropertyPage::kId, page.Receive()), Result::kNoInterface);
   EXPECT_FALSE(page);
   EXPECT_EQ(factory->CreateInstance(PropertyPage::kId, nullptr), Result::kNullPointer);
 }
 
-TEST(ModuleClasses, ModuleStaysWhileAnythingOfItIsHeld) {
-  Setting s;
-  EXPECT_EQ(s.module.CanUnloadNow(), Result::kDone);
+TEST_F(ModuleClasses, ModuleStaysWhileAnythingOfItIsHeld) {
+  EXPECT_EQ(module.CanUnloadNow(), Result::kDone);
   Reference<ClassFactory> factory;
-  ASSERT_EQ(s.module.GetClassObject(kControlClassId, ClassFactory::kId, factory.Receive()), Result::kDone);
-  EXPECT_EQ(s.module.CanUnloadNow(), Result::kNo);
+  ASSERT_EQ(module.GetClassObject(kControlClassId, ClassFactory::kId, factory.Receive()), Result::kDone);
+  EXPECT_EQ(module.CanUnloadNow(), Result::kNo);
   Reference<Dispatch> control;
   ASSERT_EQ(factory->CreateInstance(kDispatchId, control.Receive()), Result::kDone);
   factory->LockServer(true);
@@ -156,39 +147,28 @@ TEST(ModuleClasses, ModuleStaysWhileAnythingOfItIsHeld) {
     const Reference<ClassFactory> last = std::move(factory);
     last->LockServer(false);
   }
-  EXPECT_EQ(s.module.CanUnloadNow(), Result::kNo);
+  EXPECT_EQ(module.CanUnloadNow(), Result::kNo);
   auto embedded = control.As<EmbeddedControl>();
   EXPECT_TRUE(embedded);
   EXPECT_FALSE(control.As<PropertyPage>());
   control.Reset();
   EXPECT_EQ(embedded->Flags() & 0x10, 0x10u);
-  EXPECT_EQ(s.module.CanUnloadNow(), Result::kNo);
+  EXPECT_EQ(module.CanUnloadNow(), Result::kNo);
   embedded.Reset();
-  EXPECT_EQ(s.module.CanUnloadNow(), Result::kDone);
+  EXPECT_EQ(module.CanUnloadNow(), Result::kDone);
 }
-
-// The user's own files lie in a folder of the test while it lives.
-class UserFolder {
- public:
-  UserFolder() {
-    if (const char* const before = std::getenv(kVariable)) before_ = before;
-    setenv(kVariable, folder.Path().c_str(), 1);
-  }
-  ~UserFolder() { before_ ? setenv(kVariable, before_->c_str(), 1) : unsetenv(kVariable); }
-
-  const TemporaryFolder folder;
-
- private:
-  static constexpr char kVariable[] = "XDG_CONFIG_HOME";
-  std::optional<std::string> before_;
-};
 
 // A client's way through the real module, with an in-process registry in place of the user's.
 class LoadedModuleTest : public testing::Test {
  protected:
-  LoadedModuleTest() { CControlModule(test.host, registry, WAVELOCK_CONTROL_MODULE).RegisterServer(); }
+  // The module's own host looks for the user's files in a folder of the test. It stays at that for whatever
+  // else this process runs: no test is to meet the user's own files.
+  LoadedModuleTest() {
+    setenv("XDG_CONFIG_HOME", user.Path().c_str(), 1);
+    CControlModule(test.host, registry, WAVELOCK_CONTROL_MODULE).RegisterServer();
+  }
 
-  UserFolder user;
+  const TemporaryFolder user;
   TestHost test;
   MemoryRegistry registry;
   SystemLibraries libraries;

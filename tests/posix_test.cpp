@@ -16,10 +16,25 @@
 namespace wavelock {
 namespace {
 
-TEST(PosixFiles, PositionsBeyondFourGibibytesAreReached) {
-  constexpr std::uint64_t kFar = 5'000'000'000;
+class PosixFilesTest : public testing::Test {
+ protected:
+  // A file with one byte.
+  std::string Made(const std::string& name) {
+    const auto file = files.Open(folder.Path(name), OpenMode::kCreate);
+    EXPECT_TRUE(file->Write(std::array{std::byte{1}}) && file->Flush());
+    return folder.Path(name);
+  }
+
   const TemporaryFolder folder;
   PosixFiles files;
+};
+
+unsigned RightsOf(const std::string& path) {
+  return static_cast<unsigned>(std::filesystem::status(path).permissions());
+}
+
+TEST_F(PosixFilesTest, PositionsBeyondFourGibibytesAreReached) {
+  constexpr std::uint64_t kFar = 5'000'000'000;
   const auto file = files.Open(folder.Path("sparse"), OpenMode::kCreate);
   const std::array<std::byte, 2> written{std::byte{1}, std::byte{2}};
   ASSERT_TRUE(file->SeekTo(kFar) && file->Write(written));
@@ -30,12 +45,10 @@ TEST(PosixFiles, PositionsBeyondFourGibibytesAreReached) {
   EXPECT_EQ(read[0], written[1]);
 }
 
-TEST(PosixFiles, PipesDevicesAndPathsWithAZeroByteAreRefusedWithoutWaiting) {
-  const TemporaryFolder folder;
-  PosixFiles files;
+TEST_F(PosixFilesTest, PipesDevicesAndPathsWithAZeroByteAreRefusedWithoutWaiting) {
   ASSERT_EQ(mkfifo(folder.Path("pipe").c_str(), S_IRUSR | S_IWUSR), 0);
-  ASSERT_TRUE(files.Open(folder.Path("a"), OpenMode::kCreate));
-  const std::string tricky = folder.Path("a") + std::string("\0.cnt", 5);
+  const std::string made = Made("a");
+  const std::string tricky = made + std::string("\0.cnt", 5);
   for (const std::string& path : {folder.Path("pipe"), std::string("/dev/zero"), tricky}) {
     for (const OpenMode mode : {OpenMode::kReadOnly, OpenMode::kReadWrite, OpenMode::kCreate}) {
       std::string why;
@@ -44,53 +57,40 @@ TEST(PosixFiles, PipesDevicesAndPathsWithAZeroByteAreRefusedWithoutWaiting) {
     }
   }
   EXPECT_FALSE(files.Exists(tricky) || files.Delete(tricky));
-  EXPECT_TRUE(files.Exists(folder.Path("a")));
+  EXPECT_TRUE(files.Exists(made));
 }
 
-TEST(PosixFiles, AReplacedFileKeepsItsRightsAndTheLinksToIt) {
-  const TemporaryFolder folder;
-  PosixFiles files;
+TEST_F(PosixFilesTest, AReplacedFileKeepsItsRightsAndTheLinksToIt) {
+  const std::string made = Made("new");
   const std::string old = folder.Path("old");
   const std::string link = folder.Path("link");
   ASSERT_TRUE(files.Open(old, OpenMode::kCreate));
-  ASSERT_EQ(chmod(old.c_str(), S_IRUSR | S_IWUSR), 0);
+  ASSERT_EQ(chmod(old.c_str(), 0600), 0);
   ASSERT_EQ(symlink("old", link.c_str()), 0);
-  const std::array<std::byte, 1> written{std::byte{1}};
-  {
-    const auto made = files.Open(folder.Path("new"), OpenMode::kCreate);
-    ASSERT_TRUE(made->Write(written) && made->Flush());
-  }
-  ASSERT_TRUE(files.Replace(folder.Path("new"), link));
+  ASSERT_TRUE(files.Replace(made, link));
   EXPECT_TRUE(std::filesystem::is_symlink(link));
   EXPECT_EQ(std::filesystem::file_size(old), 1u);
-  EXPECT_EQ(std::filesystem::status(old).permissions(),
-            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
-  EXPECT_FALSE(files.Exists(folder.Path("new")));
+  EXPECT_EQ(RightsOf(old), 0600u);
+  EXPECT_FALSE(files.Exists(made));
 }
 
-TEST(PosixFiles, ReadOnlyTakesEveryWriteBitAndGivesBackTheOwnersAlone) {
-  const TemporaryFolder folder;
-  const std::string path = folder.Path("a");
-  PosixFiles files;
-  ASSERT_TRUE(files.Open(path, OpenMode::kCreate));
+TEST_F(PosixFilesTest, ReadOnlyTakesEveryWriteBitAndGivesBackTheOwnersAlone) {
+  const std::string path = Made("a");
   ASSERT_EQ(chmod(path.c_str(), 0666), 0);
   for (const unsigned mode : {0444u, 0644u}) {
     ASSERT_TRUE(files.SetStatus(path, {.readOnly = mode == 0444u}));
-    EXPECT_EQ(static_cast<unsigned>(std::filesystem::status(path).permissions()), mode);
+    EXPECT_EQ(RightsOf(path), mode);
   }
 }
 
-TEST(PosixFiles, RelativePathsBecomeFullAndDescriptorsAreNotInherited) {
-  const TemporaryFolder folder;
-  PosixFiles files;
-  ASSERT_TRUE(files.Open(folder.Path("a"), OpenMode::kCreate));
-  const std::string relative = std::filesystem::relative(folder.Path("a")).string();
+TEST_F(PosixFilesTest, RelativePathsBecomeFullAndDescriptorsAreNotInherited) {
+  const std::string path = Made("a");
   const int next = dup(STDERR_FILENO);
   close(next);
-  const auto file = files.Open(relative, OpenMode::kReadOnly);
+  const auto file = files.Open(std::filesystem::relative(path).string(), OpenMode::kReadOnly);
   ASSERT_TRUE(file);
   EXPECT_TRUE(file->Path().starts_with('/'));
-  EXPECT_TRUE(std::filesystem::equivalent(file->Path(), folder.Path("a")));
+  EXPECT_TRUE(std::filesystem::equivalent(file->Path(), path));
   EXPECT_NE(fcntl(next, F_GETFD) & FD_CLOEXEC, 0);
 }
 

@@ -10,50 +10,42 @@
 namespace wavelock {
 namespace {
 
-std::unique_ptr<CSetup> NewSetup(Host& host, const std::string& fileName) {
-  auto setup = std::make_unique<CSetup>(0, host);
-  EXPECT_TRUE(setup->ResetToDefaults());
-  setup->setupFileName = fileName;
-  return setup;
-}
+class SetupFiles : public testing::Test {
+ protected:
+  std::unique_ptr<CSetup> NewSetup(const std::string& fileName, std::int32_t rate = 1000) {
+    auto setup = std::make_unique<CSetup>(0, test.host);
+    EXPECT_TRUE(setup->ResetToDefaults());
+    setup->setupFileName = fileName;
+    setup->sampleRate = rate;
+    return setup;
+  }
+  std::int32_t RateIn(const std::string& fileName) {
+    const auto setup = NewSetup(fileName);
+    return setup->LoadFile() ? setup->sampleRate : 0;
+  }
 
-void SaveWithRate(Host& host, const std::string& fileName, std::int32_t rate) {
-  const auto setup = NewSetup(host, fileName);
-  setup->sampleRate = rate;
-  setup->SaveFile();
-}
-
-std::int32_t RateIn(Host& host, const std::string& fileName) {
-  const auto setup = NewSetup(host, fileName);
-  return setup->LoadFile() ? setup->sampleRate : 0;
-}
-
-TEST(SetupFiles, ASavedFileReplacesTheOldOneCompletely) {
   TestHost test;
+};
+
+TEST_F(SetupFiles, ASavedFileReplacesTheOldOneCompletelyOrIsToldByName) {
   test.memory.Put("f.ast", std::vector<std::byte>(5'000'000));
-  SaveWithRate(test.host, "f.ast", 333);
-  EXPECT_EQ(RateIn(test.host, "f.ast"), 333);
+  NewSetup("f.ast", 333)->SaveFile();
+  EXPECT_EQ(RateIn("f.ast"), 333);
   EXPECT_LT(test.memory.Contents("f.ast")->size(), 300'000u);
-  EXPECT_FALSE(test.memory.Exists("f.ast.0.new"));
-  EXPECT_EQ(RateIn(test.host, "missing.ast"), 0);
+  EXPECT_EQ(RateIn("missing.ast"), 0);
   EXPECT_TRUE(test.user.messages.empty());
-}
 
-TEST(SetupFiles, AFileThatCannotBeReplacedIsToldByName) {
-  TestHost test;
-  SaveWithRate(test.host, "f.ast", 111);
   test.memory.SetStatus("f.ast", {.readOnly = true});
-  SaveWithRate(test.host, "f.ast", 222);
-  SaveWithRate(test.host, "", 222);
+  NewSetup("f.ast", 222)->SaveFile();
+  NewSetup("", 222)->SaveFile();
   ASSERT_EQ(NumbersOf(test.user.messages), (std::vector<int>{5, 5}));
   EXPECT_EQ(test.user.messages[0].insertion, "f.ast");
-  EXPECT_EQ(RateIn(test.host, "f.ast"), 111);
+  EXPECT_EQ(RateIn("f.ast"), 333);
   EXPECT_FALSE(test.memory.Exists("f.ast.0.new"));
 }
 
-TEST(SetupFiles, SaveAsAsksFromTheNameOrFromTheFileAndRemembersTheChoice) {
-  TestHost test;
-  const auto setup = NewSetup(test.host, "C:\\setups\\old.ast");
+TEST_F(SetupFiles, SaveAsAsksFromTheNameOrFromTheFileAndRemembersTheChoice) {
+  const auto setup = NewSetup("C:\\setups\\old.ast");
   test.user.ExpectSavePath(std::nullopt);
   EXPECT_FALSE(setup->SaveAs(nullptr));
   EXPECT_EQ(test.user.savePaths[0].initialFile, "old.ast");
@@ -67,20 +59,19 @@ TEST(SetupFiles, SaveAsAsksFromTheNameOrFromTheFileAndRemembersTheChoice) {
   EXPECT_EQ(test.user.savePaths[1].initialFile + test.user.savePaths[1].initialFolder, "");
   EXPECT_EQ(setup->setupFileName, "new.ast");
   EXPECT_EQ(test.profile.GetString(profile::kState, profile::kSetupFile, ""), "new.ast");
-  EXPECT_EQ(RateIn(test.host, "new.ast"), 1000);
+  EXPECT_EQ(RateIn("new.ast"), 1000);
 }
 
-TEST(SetupFiles, EmbeddedSetupsShareTheFileOfTheirOwner) {
-  TestHost test;
+TEST_F(SetupFiles, EmbeddedSetupsShareTheFileOfTheirOwner) {
   test.memory.Put("r", std::vector<std::byte>(50));
   const auto file = test.memory.Open("r", OpenMode::kReadWrite);
-  const auto setup = NewSetup(test.host, "own.ast");
+  const auto setup = NewSetup("own.ast");
   setup->timeEnd = 99;
   setup->subject->age = 41;
   file->Seek(0, SeekOrigin::kEnd);
   EXPECT_TRUE(setup->SaveEmbedded(*file, 50));
   EXPECT_EQ(setup->timeEnd, 0.5F) << "the axis is brought into line first";
-  const auto loaded = NewSetup(test.host, "own.ast");
+  const auto loaded = NewSetup("own.ast");
   EXPECT_TRUE(loaded->LoadEmbedded(*file, 50));
   EXPECT_EQ(loaded->subject->age, 41);
   EXPECT_EQ(loaded->setupFileName, "own.ast");
@@ -90,11 +81,9 @@ TEST(SetupFiles, EmbeddedSetupsShareTheFileOfTheirOwner) {
 
 // ---- the search for a default file
 
-TEST(SetupFiles, NewSetupLoadsTheFileOfTheProfileOrTheOneBesideTheProgram) {
+TEST_F(SetupFiles, NewSetupLoadsTheFileOfTheProfileOrTheOneBesideTheProgram) {
   for (const char* const name : {"mine.ast", "/programs/default.ast"}) {
-    TestHost test;
-    const auto saved = NewSetup(test.host, name);
-    saved->sampleRate = 250;
+    const auto saved = NewSetup(name, 250);
     saved->fromRecording = 1;
     saved->acceptedSweeps = 5;
     saved->SaveFile();
@@ -105,11 +94,11 @@ TEST(SetupFiles, NewSetupLoadsTheFileOfTheProfileOrTheOneBesideTheProgram) {
     EXPECT_EQ(test.profile.GetString(profile::kState, profile::kSetupFile, ""), name);
     EXPECT_EQ(setup->fromRecording, 0) << "it is the setup of no recording";
     EXPECT_EQ(setup->acceptedSweeps, 0);
+    test.memory.Delete(name);
   }
 }
 
-TEST(SetupFiles, NewSetupRemovesADefaultFileThatCannotBeLoaded) {
-  TestHost test;
+TEST_F(SetupFiles, NewSetupRemovesADefaultFileThatCannotBeLoaded) {
   test.memory.Put("/programs/default.ast", std::vector<std::byte>(10));
   const auto setup = std::make_unique<CSetup>(1, test.host);
   EXPECT_EQ(setup->channelCount, 32);
@@ -117,8 +106,7 @@ TEST(SetupFiles, NewSetupRemovesADefaultFileThatCannotBeLoaded) {
   EXPECT_FALSE(test.memory.Exists("/programs/default.ast"));
 }
 
-TEST(SetupFiles, ProgramDirectoryClosesWithASeparator) {
-  TestHost test;
+TEST_F(SetupFiles, ProgramDirectoryClosesWithASeparator) {
   const CSetup setup(0, test.host);
   for (const auto& [path, directory] :
        {std::pair{"/programs/wavelock", "/programs/"}, std::pair{"wavelock", ""},

@@ -11,14 +11,17 @@
 namespace wavelock {
 namespace {
 
-std::vector<std::byte> BytesOfText(std::string_view text) {
-  return ByteWriter().Text(text);
-}
+struct TextRecord {
+  std::uint32_t tag;
+  std::uint16_t version;
+  std::string_view text;
+};
 
-StoredContainer ContainerOf(std::vector<StoredRecord> records) {
+std::vector<std::byte> ContainerOf(std::initializer_list<TextRecord> records) {
   StoredContainer container;
-  container.records = std::move(records);
-  return container;
+  for (const auto& [tag, version, text] : records)
+    container.records.push_back({tag, version, ByteWriter().Text(text)});
+  return container.Bytes();
 }
 
 class TffFile : public testing::Test {
@@ -47,12 +50,7 @@ class TffFile : public testing::Test {
 };
 
 TEST_F(TffFile, FindsRecordsByOccurrenceWhereverTheyStand) {
-  Open(ContainerOf({{9, 1, BytesOfText("one")},
-                    {8, 2, BytesOfText("other")},
-                    {9, 3, BytesOfText("two")},
-                    {9, 0, {}},
-                    {9, 0, BytesOfText("behind")}})
-           .Bytes());
+  Open(ContainerOf({{9, 1, "one"}, {8, 2, "other"}, {9, 3, "two"}, {9, 0, ""}, {9, 0, "behind"}}));
   EXPECT_EQ(Read(9, 2), "two");
   EXPECT_EQ(file_.LastVersion(), 3);
   EXPECT_EQ(Read(8), "other");
@@ -68,16 +66,17 @@ TEST_F(TffFile, FindsRecordsByOccurrenceWhereverTheyStand) {
 }
 
 TEST_F(TffFile, TakesTheRestOfALongPayloadForRecords) {
-  const std::vector<std::byte> inner = ContainerOf({{5, 0, BytesOfText("inner")}}).Bytes();
-  const std::vector<std::byte> payload = ByteWriter().Text("head").Bytes(std::span(inner).subspan(64));
-  Open(ContainerOf({{9, 0, payload}, {5, 0, BytesOfText("outer")}}).Bytes());
+  const std::vector<std::byte> inner = ContainerOf({{5, 0, "inner"}});
+  const std::string head =
+      "head" + std::string(reinterpret_cast<const char*>(inner.data()) + 64, inner.size() - 64);
+  Open(ContainerOf({{9, 0, head}, {5, 0, "outer"}}));
   EXPECT_EQ(Read(9, 1, 4), "head");
   EXPECT_EQ(ReadNext(5), "inner");
   EXPECT_EQ(Read(5), "outer");
 }
 
 TEST_F(TffFile, MagicAloneDecidesWhatIsAContainer) {
-  StoredContainer container = ContainerOf({{9, 0, BytesOfText("text")}});
+  StoredContainer container(ContainerOf({{9, 0, "text"}}));
   container.flags = 0xFFFF;
   std::vector<std::byte> bytes = container.Bytes();
   Open(bytes);
@@ -90,8 +89,7 @@ TEST_F(TffFile, MagicAloneDecidesWhatIsAContainer) {
 }
 
 TEST_F(TffFile, RecordsEndWithTheFile) {
-  const std::vector<std::byte> whole =
-      ContainerOf({{8, 0, BytesOfText("12345678")}, {9, 0, BytesOfText("text")}}).Bytes();
+  const std::vector<std::byte> whole = ContainerOf({{8, 0, "12345678"}, {9, 0, "text"}});
   for (std::size_t size = 0; size <= whole.size(); ++size) {
     SCOPED_TRACE(size);
     Open(std::vector<std::byte>(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)));
@@ -107,8 +105,7 @@ TEST_F(TffFile, RecordsEndWithTheFile) {
 }
 
 TEST_F(TffFile, OverAnOpenFileItNeitherMovesNorClosesIt) {
-  const std::vector<std::byte> tail = ContainerOf({{9, 0, BytesOfText("text")}}).Bytes();
-  const std::vector<std::byte> bytes = ByteWriter().Zeros(100).Bytes(tail);
+  const std::vector<std::byte> bytes = ByteWriter().Zeros(100).Bytes(ContainerOf({{9, 0, "text"}}));
   test_.memory.Put("r", bytes);
   const auto open = test_.host.files.Open("r", OpenMode::kReadWrite);
   {
@@ -132,7 +129,7 @@ TEST_F(TffFile, WithoutAFileNothingIsThere) {
   EXPECT_EQ(file_.SeekTo(5, SeekOrigin::kStart), 0u);
   EXPECT_EQ(file_.WriteHeader(), 0);
   EXPECT_FALSE(file_.WriteSection(9, 4, &word, 0));
-  Open(ContainerOf({{9, 0, BytesOfText("text")}}).Bytes());
+  Open(ContainerOf({{9, 0, "text"}}));
   length = 4;
   EXPECT_EQ(file_.ReadSection(9, length, nullptr), 0u);
   EXPECT_EQ(length, 0u);
