@@ -3,9 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <optional>
 #include <random>
 #include <span>
+#include <tuple>
 
 #include "tests/support/opened_recording.h"
 #include "tests/support/stored_annotations.h"
@@ -94,53 +95,38 @@ TEST(Markers, LabelFollowsItsMode) {
   EXPECT_THAT(label(7), IsEmpty());
 }
 
-// The rule as it is told: every marker looks at all behind it. Whether there was a stack.
-bool SpreadOneByOne(std::vector<CMarker>& markers, int channelCount) {
-  bool isSpread = false;
-  std::vector<std::string> names;
-  for (std::size_t i = 0; i < markers.size(); ++i) {
-    if (std::find(names.begin(), names.end(), markers[i].name) != names.end()) continue;
-    names.push_back(markers[i].name);
-    std::vector<CMarker*> like;
-    for (std::size_t j = i + 1; j < markers.size(); ++j) {
-      const CMarker& later = markers[j];
-      if (later.name == markers[i].name && later.channel == markers[i].channel && later.locked != 0)
-        like.push_back(&markers[j]);
-    }
-    if (static_cast<int>(like.size()) != channelCount - 1) continue;
-    int channel = 1;
-    for (CMarker* marker : like) marker->channel = channel++;
-    markers[i].channel = 0;
-    isSpread = true;
-  }
-  return isSpread;
-}
-
-TEST(Markers, StacksAreSpreadAfterOneQuestionAsByLookingAtEveryPair) {
-  std::mt19937 random(7);
-  const auto upTo = [&random](unsigned most) { return static_cast<int>(random() % (most + 1)); };
-  for (int round = 0; round < 300; ++round) {
-    const int channelCount = upTo(5) - 1;
-    std::vector<Bytes> records;
-    std::vector<CMarker> expected(static_cast<std::size_t>(upTo(25)));
-    for (CMarker& marker : expected) {
-      marker.name = std::string(1, static_cast<char>('a' + upTo(4)));
-      marker.channel = upTo(1);
-      marker.locked = upTo(3);
-      records.push_back(
-          MarkerBytes({.name = marker.name, .channel = marker.channel, .locked = marker.locked}));
-    }
-    const std::vector<CMarker> asStored = expected;
-    const bool isSpread = SpreadOneByOne(expected, channelCount);
-    const bool isWanted = upTo(3) != 0;
+// Behind the first of "a" two locked ones lie on its channel, and two behind that of "c"; of "b" it is one.
+TEST(Markers, StacksAreSpreadAfterOneQuestion) {
+  std::vector<Bytes> records;
+  for (const auto& [name, channel, locked] : {std::tuple("a", 5, 0),
+                                              {"b", 5, 1},
+                                              {"a", 5, 1},
+                                              {"a", 5, 0},
+                                              {"a", 4, 1},
+                                              {"b", 5, 3},
+                                              {"a", 5, 2},
+                                              {"c", 1, 1},
+                                              {"c", 1, 1},
+                                              {"c", 1, 1}})
+    records.push_back(MarkerBytes({.name = name, .channel = channel, .locked = locked}));
+  const std::vector<int> asStored = {5, 5, 5, 5, 4, 5, 5, 1, 1, 1};
+  const struct {
+    int channelCount;
+    std::optional<bool> answer;  // none: nobody is asked
+    std::vector<int> channels;
+  } kCases[] = {{3, true, {0, 5, 1, 5, 4, 5, 2, 0, 1, 2}},
+                {3, false, asStored},
+                {2, true, {5, 0, 5, 5, 4, 1, 5, 1, 1, 1}},
+                {1, std::nullopt, asStored},
+                {-1, std::nullopt, asStored}};
+  for (const auto& [channelCount, answer, expected] : kCases) {
     Markers markers(records);
-    if (isSpread) markers.test.user.ExpectQuestion(0, isWanted);
+    if (answer) markers.test.user.ExpectQuestion(0, *answer);
     ASSERT_TRUE(markers.Load(channelCount));
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-      ASSERT_EQ(markers.list.GetAt(static_cast<std::int32_t>(i))->channel,
-                (isWanted ? expected : asStored)[i].channel)
-          << round;
-    }
+    std::vector<int> channels;
+    for (std::int32_t i = 0; i < markers.list.GetCount(); ++i)
+      channels.push_back(markers.list.GetAt(i)->channel);
+    EXPECT_EQ(channels, expected) << channelCount;
   }
 }
 

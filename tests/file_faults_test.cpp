@@ -4,6 +4,7 @@
 
 #include <optional>
 
+#include "tests/support/delivered.h"
 #include "tests/support/every_kind.h"
 #include "tests/support/failing_files.h"
 #include "tests/support/opened_recording.h"

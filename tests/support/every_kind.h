@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/delivered.h"
 #include "tests/support/recording_builder.h"
 #include "wavelock/recording/recording_file.h"
 
@@ -23,12 +22,10 @@ struct NamedMaker {
   std::string name;
   DataKind kind = kContinuous;  // as it is saved
   int width = 2;
-  bool (*make)(CRecordingFile& recording, const std::string& path, int width, Delivered* expected) = nullptr;
+  bool (*make)(CRecordingFile& recording, const std::string& path, int width) = nullptr;
 
-  // False as soon as a call fails. What the recording is to deliver goes into `expected`, if there is one.
-  bool Make(CRecordingFile& recording, const std::string& path, Delivered* expected = nullptr) const {
-    return make(recording, path, width, expected);
-  }
+  // False as soon as a call fails.
+  bool Make(CRecordingFile& recording, const std::string& path) const { return make(recording, path, width); }
 };
 
 // Of every kind that can be created, in both widths, with three channels of which the first has a scale of
