@@ -9,6 +9,7 @@
 #include "tests/support/failing_files.h"
 #include "tests/support/opened_recording.h"
 #include "tests/support/read_everything.h"
+#include "wavelock/platform/replacing.h"
 
 namespace wavelock {
 namespace {
@@ -154,6 +155,20 @@ TEST(FileFaults, FullDiskLeavesTheOldFileAlone) {
     EXPECT_EQ(opened.test.memory.Contents(kPath), old);
     EXPECT_FALSE(opened.test.memory.Exists("test.rec.0.new"));
   }
+}
+
+// A power cut may come right behind the new name.
+TEST(FileFaults, WhatTakesAFilesPlaceIsOnTheDiskBefore) {
+  MemoryFiles memory;
+  FailingFiles files(memory);
+  const auto writeTwice = [](File& file) { return file.Write(Bytes(3)) && file.Write(Bytes(4)); };
+  ASSERT_TRUE(ReplaceWhole(files, kPath, writeTwice));
+  std::optional<FileOperation> lastOfTheFile;
+  for (const FileCall& call : files.Calls()) {
+    if (call.operation == FileOperation::kReplace) break;
+    if (call.path != kPath) lastOfTheFile = call.operation;
+  }
+  EXPECT_EQ(lastOfTheFile, FileOperation::kFlush);
 }
 
 }  // namespace
