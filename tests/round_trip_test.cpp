@@ -159,6 +159,15 @@ TEST(RoundTrip, DataThatAreNotUnderstoodStay) {
   }
 }
 
+TEST(RoundTrip, AFileThatHasGrownSinceItWasOpenedStays) {
+  OpenedRecording opened(RecordingBuilder().Channels(2).Samples({1, 2, 3, 4}));
+  const std::unique_ptr<File> recorder = opened.test.memory.Open("test.rec", OpenMode::kReadWrite);
+  ASSERT_TRUE(recorder && recorder->Seek(0, SeekOrigin::kEnd) && recorder->Write(Bytes(40)));
+  const auto grown = opened.test.memory.Contents("test.rec");
+  EXPECT_FALSE(opened.recording.SaveAndClose(0));
+  EXPECT_EQ(opened.test.memory.Contents("test.rec"), grown);
+}
+
 TEST(RoundTrip, AveragesKeepTheSectionsThatTheyHaveWhateverTheTailSays) {
   for (const NamedMaker& maker : MakersOfEveryKind()) {
     if (maker.kind != kAverageWithStatistics) continue;
